@@ -1,0 +1,103 @@
+# Layers, programs and tests of Corvane, each declared by one call.
+
+set(CORVANE_LAYER_LIST ${CMAKE_BINARY_DIR}/layers.txt)
+file(WRITE ${CORVANE_LAYER_LIST} "")
+
+# Flags of our own code.
+add_library(corvane_flags INTERFACE)
+target_include_directories(corvane_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_compile_options(corvane_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wundef -Wvla -Wformat=2 -Wmissing-declarations
+    -Wcast-qual -Wfloat-conversion -Wdouble-promotion -Werror -ffp-contract=off)
+if(CORVANE_SANITIZE)
+    target_compile_options(corvane_flags INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=all)
+    target_link_options(corvane_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# Flags that only the program's own code takes: tests may use anything.
+add_library(corvane_plain INTERFACE)
+target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
+
+# corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets])
+# One static library; it sees the layers that it names and those below them. The text of each
+# GLSL file is embedded under the file's stem.
+function(corvane_layer name)
+    cmake_parse_arguments(ARG "" "" "FILES;GLSL;USES;LIBS" ${ARGN})
+    set(embedded)
+    foreach(text ${ARG_GLSL})
+        get_filename_component(stem ${text} NAME_WE)
+        set(out ${CMAKE_BINARY_DIR}/embedded/${stem}.cpp)
+        add_custom_command(OUTPUT ${out}
+            COMMAND ${CMAKE_COMMAND} -DIN=${CMAKE_SOURCE_DIR}/${text} -DOUT=${out} -DSYMBOL=${stem}
+                    -P ${CMAKE_SOURCE_DIR}/cmake/embed_text.cmake
+            DEPENDS ${text} cmake/embed_text.cmake VERBATIM)
+        list(APPEND embedded ${out})
+    endforeach()
+    add_library(corvane_${name} STATIC ${ARG_FILES} ${embedded})
+    target_link_libraries(corvane_${name} PRIVATE corvane_flags corvane_plain)
+    foreach(below ${ARG_USES})
+        target_link_libraries(corvane_${name} PUBLIC corvane_${below})
+    endforeach()
+    target_link_libraries(corvane_${name} PUBLIC ${ARG_LIBS})
+    file(APPEND ${CORVANE_LAYER_LIST} "layer ${name} ${ARG_USES}\n")
+    foreach(file ${ARG_FILES})
+        file(APPEND ${CORVANE_LAYER_LIST} "file ${file} ${name}\n")
+    endforeach()
+endfunction()
+
+# corvane_program(NAME FILES ... USES layers)
+function(corvane_program name)
+    cmake_parse_arguments(ARG "" "" "FILES;USES" ${ARGN})
+    add_executable(${name} ${ARG_FILES})
+    target_link_libraries(${name} PRIVATE corvane_flags corvane_plain)
+    foreach(below ${ARG_USES})
+        target_link_libraries(${name} PRIVATE corvane_${below})
+    endforeach()
+    file(APPEND ${CORVANE_LAYER_LIST} "layer ${name} ${ARG_USES}\n")
+    foreach(file ${ARG_FILES})
+        file(APPEND ${CORVANE_LAYER_LIST} "file ${file} ${name}\n")
+    endforeach()
+endfunction()
+
+# corvane_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
+# One program a layer, test_LAYER; each file test_x.cpp is one CTest test, LAYER.x, which runs the
+# subjects that the file declares.
+function(corvane_test name)
+    cmake_parse_arguments(ARG "" "" "FILES;EXTRA;USES" ${ARGN})
+    if(NOT ARG_USES)
+        set(ARG_USES ${name})
+    endif()
+    add_executable(test_${name} ${ARG_FILES} ${ARG_EXTRA} ${CMAKE_SOURCE_DIR}/tests/harness.cpp)
+    target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR})
+    target_compile_definitions(test_${name} PRIVATE
+        CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
+    target_link_libraries(test_${name} PRIVATE corvane_flags GTest::gtest)
+    foreach(below ${ARG_USES})
+        target_link_libraries(test_${name} PRIVATE corvane_${below})
+    endforeach()
+    foreach(file ${ARG_FILES})
+        get_filename_component(stem ${file} NAME_WE)
+        string(REGEX REPLACE "^test_" "" module ${stem})
+        file(STRINGS ${file} lines REGEX "^(TEST|TEST_F|TEST_P)\\(")
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+        set(subjects)
+        foreach(line ${lines})
+            string(REGEX REPLACE "^[A-Z_]+\\(([A-Za-z0-9_]+).*" "\\1" subject "${line}")
+            list(APPEND subjects ${subject})
+        endforeach()
+        if(NOT subjects)
+            message(FATAL_ERROR "${file} declares no test")
+        endif()
+        list(REMOVE_DUPLICATES subjects)
+        add_test(NAME ${name}.${module} COMMAND test_${name} ${subjects})
+        set_tests_properties(${name}.${module} PROPERTIES TIMEOUT 300
+            WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+    endforeach()
+endfunction()
+
+# The test "layers": reads the #include lines and names each one that points upward.
+function(corvane_check_layers)
+    add_test(NAME layers COMMAND ${CMAKE_COMMAND} -DROOT=${CMAKE_SOURCE_DIR}
+        -DLIST=${CORVANE_LAYER_LIST} -P ${CMAKE_SOURCE_DIR}/cmake/check_layers.cmake)
+endfunction()

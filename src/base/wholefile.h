@@ -1,0 +1,49 @@
+// A file is replaced whole or not at all, and read whole. The only module that calls the operating
+// system's file routines.
+//
+// A replacement is written to a new file in the same folder, synced, renamed over the old one, and
+// the folder is synced; until the rename the old file stands untouched. A path that is a symbolic
+// link to a file is kept as a link: what it points to is replaced. A link that leads nowhere, a folder,
+// a device and a write-protected file are refused. The permission bits of the old file are kept, and
+// its owner where the system lets it. Failures are told by a text, never by ending the process.
+#pragma once
+
+#include "base/types.h"
+
+#include <cstddef>
+
+enum { WHOLEFILE_PATH = 4096, WHOLEFILE_WHY = 5000 };
+
+struct WholeFile {
+    int handle;                // of the new file, -1 if there is none
+    bool failed;               // a step has failed; later steps do nothing
+    u8* buf;                   // owned, bytes not yet written
+    size_t used;               // bytes in buf
+    char path[WHOLEFILE_PATH]; // the file that is replaced
+    char temp[WHOLEFILE_PATH]; // the new file
+    char why[WHOLEFILE_WHY];   // what failed, in a sentence; empty if nothing has
+};
+
+/// Begins a replacement of the file at `path`. A failure is remembered and told by the end.
+void wholefile_begin(WholeFile* file, const char* path);
+
+/// Appends bytes. Does nothing if a step has failed.
+void wholefile_put(WholeFile* file, const void* bytes, size_t size);
+
+/// Ends the replacement: true if the file at `path` is now the new one, safe on the disk. Otherwise
+/// the old one is whole, the new one is gone, and `why` tells what happened; only if the very last
+/// step fails, the sync of the folder, the new one is in place already.
+bool wholefile_end(WholeFile* file);
+
+enum WholeFileRead { WHOLEFILE_READ, WHOLEFILE_MISSING, WHOLEFILE_UNREADABLE };
+
+/// Reads a file whole into `*bytes`, owned by the caller and freed with free, with a 0 byte behind
+/// the `*size` bytes. A missing file and one that can't be read (a folder, a device and a link that
+/// leads nowhere among them) give a null `*bytes`; for the latter `why` (WHOLEFILE_WHY chars) tells
+/// what happened.
+WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why);
+
+/// Renames a file out of the way: to path.bad, or path.bad-2 and so on if that exists. `newname`
+/// (WHOLEFILE_PATH chars) receives the name. False if the file could not be renamed, with `why` as
+/// above; the file is then where it was.
+bool wholefile_setaside(const char* path, char* newname, char* why);

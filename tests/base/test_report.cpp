@@ -1,0 +1,543 @@
+#include "base/clock.h"
+#include "base/report.h"
+#include "tests/tempfolder.h"
+
+#include <cstdio>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <regex>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+struct Shown {
+    i32 type;
+    std::string file;
+    i32 line;
+    std::string message; // "(null)" for none
+    i32 owned;
+    u32 thread;
+    f64 time;
+    f64 done, total;
+    i32 answer;
+    const char* text; // where the message stands
+};
+
+static std::vector<Shown> shown; // written by keep
+static i32 next_answer;          // what keep answers
+
+static void keep(ReportRec* rec)
+{
+    shown.push_back({rec->type, rec->file != nullptr ? rec->file : "", rec->line,
+                     rec->message != nullptr ? rec->message : "(null)", rec->owned, rec->thread,
+                     rec->time, rec->done, rec->total, rec->answer, rec->message});
+    rec->answer = next_answer;
+}
+
+static f64 fixed_time;
+
+static f64 fixed_clock()
+{
+    return fixed_time;
+}
+
+// A handler that keeps what it is shown, and a clock that stands.
+class Report_inner : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        shown.clear();
+        next_answer = 0;
+        fixed_time = 1000.0;
+        handler_before = report_handler;
+        clock_before = timer_now;
+        report_handler = keep;
+        timer_now = fixed_clock;
+    }
+    void TearDown() override
+    {
+        report_handler = handler_before;
+        timer_now = clock_before;
+    }
+
+  private:
+    void (*handler_before)(ReportRec*);
+    f64 (*clock_before)();
+};
+
+TEST_F(Report_inner, hands_the_whole_record_to_the_handler)
+{
+    fixed_time = 123.25;
+    report_inner("walls", 17, REPORT_TEXT, "a message", 0);
+    ASSERT_EQ(shown.size(), 1U);
+    EXPECT_EQ(shown[0].type, REPORT_TEXT);
+    EXPECT_EQ(shown[0].file, "walls");
+    EXPECT_EQ(shown[0].line, 17);
+    EXPECT_EQ(shown[0].message, "a message");
+    EXPECT_EQ(shown[0].owned, 0);
+    EXPECT_EQ(shown[0].time, 123.25);
+    EXPECT_EQ(shown[0].done, 0.0);
+    EXPECT_EQ(shown[0].total, 0.0);
+    EXPECT_EQ(shown[0].answer, 0);
+}
+
+TEST_F(Report_inner, lends_a_literal)
+{
+    const char* const literal = "lent for good";
+    report_inner("walls", 1, REPORT_TEXT, literal, 0);
+    report_inner("walls", 2, REPORT_TEXT, "the next", 0); // would free it if it were owned
+    EXPECT_EQ(shown.at(0).text, literal);
+}
+
+TEST_F(Report_inner, copies_a_buffer_if_asked)
+{
+    char buffer[] = "in a buffer";
+    report_inner("walls", 1, REPORT_BEGIN, buffer, 1);
+    buffer[0] = 'X';
+    report_inner("walls", 2, REPORT_END, nullptr, 0);
+    ASSERT_EQ(shown.size(), 2U);
+    EXPECT_NE(shown[0].text, buffer);
+    EXPECT_EQ(shown[0].owned, 1);
+    EXPECT_EQ(shown[1].message, "in a buffer");
+}
+
+TEST_F(Report_inner, copies_a_text_that_the_current_level_owns)
+{
+    report_inner("walls", 1, REPORT_TEXT, "an owned text", 1);
+    report_inner("walls", 2, REPORT_TEXT, shown.at(0).text, 1);
+    EXPECT_EQ(shown.at(1).message, "an owned text");
+}
+
+TEST_F(Report_inner, tells_the_threads_apart)
+{
+    report_inner("walls", 1, REPORT_TEXT, "one", 0);
+    report_inner("walls", 2, REPORT_TEXT, "the same", 0);
+    std::thread([] { report_inner("walls", 3, REPORT_TEXT, "another", 0); }).join();
+    EXPECT_EQ(shown.at(0).thread, shown.at(1).thread);
+    EXPECT_NE(shown.at(0).thread, shown.at(2).thread);
+}
+
+TEST_F(Report_inner, shows_the_message_of_a_context_at_its_begin_and_its_end)
+{
+    report_inner("walls", 4, REPORT_BEGIN, "building walls", 0);
+    report_inner("walls", 5, REPORT_END, nullptr, 0);
+    ASSERT_EQ(shown.size(), 2U);
+    EXPECT_EQ(shown[0].type, REPORT_BEGIN);
+    EXPECT_EQ(shown[0].message, "building walls");
+    EXPECT_EQ(shown[1].type, REPORT_END);
+    EXPECT_EQ(shown[1].message, "building walls");
+    EXPECT_EQ(shown[1].line, 4);
+}
+
+TEST_F(Report_inner, nests_contexts)
+{
+    report_inner("walls", 1, REPORT_BEGIN, "outer", 1);
+    report_inner("walls", 2, REPORT_BEGIN, "inner", 1);
+    report_inner("walls", 3, REPORT_TEXT, "within", 1);
+    report_inner("walls", 4, REPORT_END, nullptr, 0);
+    report_inner("walls", 5, REPORT_END, nullptr, 0);
+    ASSERT_EQ(shown.size(), 5U);
+    EXPECT_EQ(shown[3].message, "inner");
+    EXPECT_EQ(shown[4].message, "outer");
+}
+
+TEST_F(Report_inner, a_text_inside_a_context_leaves_the_context_as_it_is)
+{
+    report_inner("walls", 1, REPORT_BEGIN, "outer", 0);
+    report_inner("walls", 2, REPORT_TEXT, "first", 0);
+    report_inner("walls", 3, REPORT_TEXT, "second", 0);
+    report_inner("walls", 4, REPORT_END, nullptr, 0);
+    EXPECT_EQ(shown.back().message, "outer");
+}
+
+TEST_F(Report_inner, a_warning_leaves_the_record_of_the_level_below_it)
+{
+    report_inner("walls", 1, REPORT_BEGIN, "outer", 0);
+    report_inner("walls", 2, REPORT_TEXT, "level text", 0);
+    report_inner("walls", 3, REPORT_WARNING, "careful", 1);
+    report_inner("walls", 4, REPORT_END, nullptr, 0);
+    ASSERT_EQ(shown.size(), 4U);
+    EXPECT_EQ(shown[2].type, REPORT_WARNING);
+    EXPECT_EQ(shown[2].message, "careful");
+    EXPECT_EQ(shown[3].message, "outer");
+}
+
+// Keeps the record of a warning and then that of the level it stands on.
+static void peek(ReportRec* rec)
+{
+    keep(rec);
+    if (rec->type == REPORT_WARNING) {
+        keep(rec - 1); // the level below lies before the warning's
+    }
+}
+
+TEST_F(Report_inner, a_warning_over_an_owned_text_leaves_the_level_a_null_text)
+{
+    report_inner("walls", 1, REPORT_TEXT, "owned", 1);
+    report_handler = peek;
+    report_inner("walls", 2, REPORT_WARNING, "careful", 0);
+    ASSERT_EQ(shown.size(), 3U);
+    EXPECT_EQ(shown[2].type, REPORT_TEXT);
+    EXPECT_EQ(shown[2].message, "(null)");
+    EXPECT_EQ(shown[2].owned, 0);
+}
+
+TEST_F(Report_inner, a_warning_over_a_literal_leaves_the_level_its_text)
+{
+    report_inner("walls", 1, REPORT_TEXT, "a literal", 0);
+    report_handler = peek;
+    report_inner("walls", 2, REPORT_WARNING, "careful", 0);
+    EXPECT_EQ(shown.at(2).message, "a literal");
+}
+
+TEST_F(Report_inner, returns_the_answer_that_the_handler_gives)
+{
+    next_answer = 1;
+    EXPECT_EQ(report_inner("walls", 1, REPORT_QUESTION, "sure?", 0), 1);
+    next_answer = 0;
+    EXPECT_EQ(report_inner("walls", 1, REPORT_QUESTION, "sure?", 0), 0);
+}
+
+TEST_F(Report_inner, returns_0_at_the_end_of_a_context)
+{
+    next_answer = 7;
+    report_inner("walls", 1, REPORT_BEGIN, "outer", 0);
+    EXPECT_EQ(report_inner("walls", 2, REPORT_END, nullptr, 0), 0);
+}
+
+TEST_F(Report_inner, keeps_many_levels)
+{
+    for (i32 i = 0; i < 200; i++) {
+        report_inner("walls", i, REPORT_BEGIN, std::to_string(i).c_str(), 1);
+    }
+    for (i32 i = 199; i >= 0; i--) {
+        report_inner("walls", 0, REPORT_END, nullptr, 0);
+        ASSERT_EQ(shown.back().message, std::to_string(i));
+    }
+}
+
+// What a piece of the program did in a process of its own.
+struct ChildRun {
+    int code; // -1 if it did not exit
+    std::string out, err;
+    f64 seconds;
+};
+
+template <typename Piece> static ChildRun run_in_child(const std::string& input, Piece piece)
+{
+    const TempFolder folder;
+    write_text(folder.file("in"), input);
+    const f64 before = timer_now();
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool set = std::freopen(folder.file("in").c_str(), "r", stdin) != nullptr &&
+                         std::freopen(folder.file("out").c_str(), "w", stdout) != nullptr &&
+                         std::freopen(folder.file("err").c_str(), "w", stderr) != nullptr;
+        const int code = set ? piece() : 99;
+        std::fflush(nullptr);
+        _exit(code);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_text(folder.file("out")),
+            read_text(folder.file("err")), timer_now() - before};
+}
+
+static int fatal()
+{
+    report_fatal_wait = 0.0;
+    report_inner("walls", 12, REPORT_FATAL, "all is lost", 0);
+    return 50; // behind the end
+}
+
+TEST(Report_fatal, ends_the_process_with_code_1)
+{
+    EXPECT_EQ(run_in_child("", fatal).code, 1);
+}
+
+TEST(Report_fatal, is_told_on_standard_output_and_on_standard_error)
+{
+    const ChildRun run = run_in_child("", fatal);
+    EXPECT_EQ(run.out, "\n[FATAL ERROR] all is lost\n");
+    EXPECT_EQ(run.err, "\n[FATAL ERROR] all is lost\n");
+}
+
+TEST(Report_fatal, waits_two_and_a_half_seconds)
+{
+    const ChildRun run = run_in_child("", []() -> int {
+        report_inner("walls", 12, REPORT_FATAL, "all is lost", 0);
+        return 50;
+    });
+    EXPECT_EQ(run.code, 1);
+    EXPECT_GE(run.seconds, 2.5);
+    EXPECT_LT(run.seconds, 20.0);
+}
+
+static int print_and_end()
+{
+    report_handler = [](ReportRec* rec) {
+        std::printf("%d %s %d %s\n", rec->type, rec->file, rec->line, rec->message);
+    };
+    report_exit = [](int code) {
+        std::fflush(nullptr);
+        _exit(code + 40);
+    };
+    return 0;
+}
+
+TEST(Report_fatal, ends_by_the_routine_that_a_test_puts_in_place)
+{
+    const ChildRun run = run_in_child("", [] {
+        print_and_end();
+        report_inner("walls", 12, REPORT_FATAL, "all is lost", 0);
+        return 50;
+    });
+    EXPECT_EQ(run.code, 41);
+    EXPECT_EQ(run.out, "5 walls 12 all is lost\n");
+}
+
+TEST(Report_fatal, is_an_end_without_an_open_context)
+{
+    const ChildRun run = run_in_child("", [] {
+        print_and_end();
+        report_inner("walls", 12, REPORT_END, nullptr, 0);
+        return 50;
+    });
+    EXPECT_EQ(run.code, 41);
+    EXPECT_EQ(run.out, "5 report 92 Trying to pop empty stack in report_inner\n");
+}
+
+TEST(Report_fatal, is_one_end_more_than_begins)
+{
+    const ChildRun run = run_in_child("", [] {
+        print_and_end();
+        report_inner("walls", 1, REPORT_BEGIN, "outer", 1);
+        report_inner("walls", 2, REPORT_END, nullptr, 0);
+        std::printf("---\n");
+        report_inner("walls", 3, REPORT_END, nullptr, 0);
+        return 50;
+    });
+    EXPECT_EQ(run.code, 41);
+    EXPECT_EQ(run.out, "2 walls 1 outer\n3 walls 1 outer\n---\n"
+                       "5 report 92 Trying to pop empty stack in report_inner\n");
+}
+
+TEST(Report_fatal, is_a_type_that_report_inner_does_not_take)
+{
+    for (const i32 type : {0, 4, 8, -1}) { // 4 is progress
+        const ChildRun run = run_in_child("", [type] {
+            print_and_end();
+            report_inner("walls", 12, static_cast<ReportType>(type), "odd", 0);
+            return 50;
+        });
+        EXPECT_EQ(run.code, 41) << type;
+        EXPECT_EQ(run.out, "5 report 126 Unknown ReportType in report_inner\n") << type;
+    }
+}
+
+TEST(Report_firstuse, sets_the_start_time_once)
+{
+    testing::GTEST_FLAG(death_test_style) = "threadsafe"; // a process without any report so far
+    EXPECT_EXIT(
+        {
+            timer_now = fixed_clock;
+            fixed_time = 5.5;
+            report_inner("walls", 1, REPORT_TEXT, "first", 0);
+            const bool set = report_start_time == 5.5;
+            fixed_time = 7.5;
+            report_inner("walls", 2, REPORT_TEXT, "second", 0);
+            _exit(set && report_start_time == 5.5 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    testing::GTEST_FLAG(death_test_style) = "fast";
+}
+
+TEST(Report_handler, writes_a_message_and_a_line_end)
+{
+    const ChildRun run = run_in_child("", [] {
+        report_inner("walls", 1, REPORT_TEXT, "100% sure", 0);
+        return 0;
+    });
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out, "100% sure\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(Report_handler, writes_a_context_twice)
+{
+    const ChildRun run = run_in_child("", [] {
+        report_inner("walls", 1, REPORT_BEGIN, "building", 0);
+        report_inner("walls", 2, REPORT_END, nullptr, 0);
+        return 0;
+    });
+    EXPECT_EQ(run.out, "building\nbuilding\n");
+}
+
+static int show_progress(const char* message, f64 done, f64 total)
+{
+    char text[32] = "";
+    ReportRec rec = {};
+    rec.type = REPORT_PROGRESS;
+    if (message != nullptr) {
+        std::strcpy(text, message);
+        rec.message = text;
+    }
+    rec.done = done;
+    rec.total = total;
+    report_handler(&rec);
+    return 0;
+}
+
+TEST(Report_handler, writes_progress_behind_the_message)
+{
+    EXPECT_EQ(run_in_child("", [] { return show_progress("job", 2.5, 10.0); }).out,
+              "job [2.5/10]\n");
+    EXPECT_EQ(run_in_child("", [] { return show_progress("job", 0.0, 10.0); }).out, "job [0/10]\n");
+    EXPECT_EQ(run_in_child("", [] { return show_progress("job", 3.0, 0.0); }).out, "job [3]\n");
+    EXPECT_EQ(run_in_child("", [] { return show_progress("job", 0.0, 0.0); }).out, "job\n");
+    EXPECT_EQ(run_in_child("", [] { return show_progress(nullptr, 1.0, 2.0); }).out, " [1/2]\n");
+}
+
+static int ask_twice()
+{
+    const i32 first = report_inner("walls", 1, REPORT_QUESTION, "Sure?", 0);
+    const i32 second = report_inner("walls", 1, REPORT_QUESTION, "Really?", 1);
+    return 10 * first + second;
+}
+
+TEST(Report_handler, asks_and_takes_a_word_that_begins_with_y_for_yes)
+{
+    const ChildRun run = run_in_child("Yes\nno\n", ask_twice);
+    EXPECT_EQ(run.out, "Sure? (Y/N) Really? (Y/N) ");
+    EXPECT_EQ(run.code, 10);
+    EXPECT_EQ(run_in_child("  n y", ask_twice).code, 1);
+    EXPECT_EQ(run_in_child("oyes yellow", ask_twice).code, 1);
+}
+
+TEST(Report_handler, takes_the_end_of_the_input_for_no)
+{
+    EXPECT_EQ(run_in_child("", ask_twice).code, 0);
+}
+
+static int warn_and_read_on()
+{
+    report_inner("walls", 1, REPORT_WARNING, "low ceiling", 0);
+    return std::getchar();
+}
+
+// Runs a warning with its log in a folder of its own.
+struct WarningRun {
+    ChildRun run;
+    std::string log; // "" if there is none
+};
+
+static WarningRun run_warning(i32 to_file, i32 no_wait, const std::string& before = "")
+{
+    const TempFolder folder;
+    const std::string path = folder.file("warnings.log");
+    if (!before.empty()) {
+        write_text(path, before);
+    }
+    ChildRun run = run_in_child("ab", [&] {
+        warnings_path = path.c_str();
+        warnings_to_file = to_file;
+        warnings_no_wait = no_wait;
+        return warn_and_read_on();
+    });
+    return {run, std::filesystem::exists(path) ? read_text(path) : ""};
+}
+
+TEST(Report_warning, waits_and_logs_unless_told_otherwise)
+{
+    EXPECT_EQ(warnings_to_file, 1);
+    EXPECT_EQ(warnings_no_wait, 0);
+    EXPECT_STREQ(warnings_path, "warnings.log");
+    EXPECT_EQ(report_fatal_wait, 2.5);
+}
+
+TEST(Report_warning, is_told_with_the_request_for_a_key)
+{
+    EXPECT_EQ(run_warning(1, 0).run.out,
+              "\n[WARNING] low ceiling\nPress any key to continue program\n");
+}
+
+TEST(Report_warning, takes_one_character_of_the_input)
+{
+    EXPECT_EQ(run_warning(1, 0).run.code, 'b');
+    EXPECT_EQ(run_warning(1, 1).run.code, 'a');
+}
+
+TEST(Report_warning, adds_a_stamped_line_to_the_log)
+{
+    const std::string log = run_warning(1, 1, "an older line\n").log;
+    EXPECT_TRUE(std::regex_match(
+        log, std::regex("an older line\n"
+                        "20\\d\\d-[A-Z][a-z][a-z]-\\d\\d \\d\\d:\\d\\d:\\d\\d low ceiling\n")))
+        << log;
+}
+
+TEST(Report_warning, stamps_the_local_time_on_a_24_hour_clock)
+{
+    const std::time_t before = std::time(nullptr);
+    const std::string log = run_warning(1, 1).log;
+    const std::time_t after = std::time(nullptr);
+    std::tm fields = {};
+    ASSERT_NE(strptime(log.c_str(), "%Y-%b-%d %H:%M:%S", &fields), nullptr) << log;
+    fields.tm_isdst = -1;
+    const std::time_t stamp = std::mktime(&fields);
+    EXPECT_GE(stamp, before);
+    EXPECT_LE(stamp, after);
+}
+
+TEST(Report_warning, leaves_no_log_if_that_is_switched_off)
+{
+    const WarningRun warning = run_warning(0, 1);
+    EXPECT_EQ(warning.log, "");
+    EXPECT_EQ(warning.run.out, "\n[WARNING] low ceiling\nPress any key to continue program\n");
+}
+
+TEST(Report_warning, is_told_even_if_the_log_cannot_be_written)
+{
+    const TempFolder folder;
+    const ChildRun run = run_in_child("ab", [&] {
+        warnings_path = folder.path.c_str(); // a folder
+        return warn_and_read_on();
+    });
+    EXPECT_EQ(run.code, 'b');
+    EXPECT_EQ(run.out, "\n[WARNING] low ceiling\nPress any key to continue program\n");
+}
+
+TEST(Report_notice, is_a_plain_message_and_a_line_of_the_log_without_a_wait)
+{
+    const TempFolder folder;
+    const std::string path = folder.file("warnings.log");
+    const ChildRun run = run_in_child("a", [&] {
+        warnings_path = path.c_str();
+        report_notice("walls", 1, "the file went away");
+        return std::getchar();
+    });
+    EXPECT_EQ(run.code, 'a');
+    EXPECT_EQ(run.out, "the file went away\n");
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(std::regex_match(
+        read_text(path),
+        std::regex("20\\d\\d-[A-Z][a-z][a-z]-\\d\\d \\d\\d:\\d\\d:\\d\\d the file went away\n")));
+}
+
+TEST(Report_notice, leaves_no_log_if_that_is_switched_off)
+{
+    const TempFolder folder;
+    const std::string path = folder.file("warnings.log");
+    const ChildRun run = run_in_child("", [&] {
+        warnings_path = path.c_str();
+        warnings_to_file = 0;
+        report_notice("walls", 1, "the file went away");
+        return 0;
+    });
+    EXPECT_EQ(run.out, "the file went away\n");
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
