@@ -1,8 +1,7 @@
-cmake_minimum_required(VERSION 3.25)
-
 # Reads the #include lines of every source file and fails on one that points upward, on a file that
 # no layer lists, and on a use of the machine outside the files that may use it.
 # ROOT is the source folder, LIST the file that corvane_layer wrote.
+cmake_minimum_required(VERSION 3.25)
 file(STRINGS ${LIST} lines)
 set(files)
 foreach(line ${lines})

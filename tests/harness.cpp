@@ -17,8 +17,13 @@ int main(int argc, char** argv)
         testing::GTEST_FLAG(filter) = filter;
     }
     const int result = RUN_ALL_TESTS();
-    if (testing::UnitTest::GetInstance()->test_to_run_count() == 0) {
+    const testing::UnitTest* const unit = testing::UnitTest::GetInstance();
+    if (unit->test_to_run_count() == 0) {
         std::fprintf(stderr, "no test of these subjects\n");
+        return 1;
+    }
+    if (unit->skipped_test_count() > 0 || unit->disabled_test_count() > 0) {
+        std::fprintf(stderr, "a test is skipped or disabled\n");
         return 1;
     }
     return result;

@@ -43,6 +43,11 @@ static void fail(WholeFile* file, const char* what, const char* name, int error)
     failfor(file, what, name, std::strerror(error));
 }
 
+static bool copypath(char* out, const char* path)
+{
+    return std::snprintf(out, WHOLEFILE_PATH, "%s", path) < WHOLEFILE_PATH;
+}
+
 static bool joinpath(char* out, const char* folder, const char* name)
 {
     const char* const between = std::strcmp(folder, "/") == 0 ? "" : "/";
@@ -55,7 +60,7 @@ static void splitpath(const char* path, char* folder, const char** name)
 {
     const char* const slash = std::strrchr(path, '/');
     if (slash == nullptr) {
-        std::strcpy(folder, ".");
+        copypath(folder, ".");
         *name = path;
         return;
     }
@@ -92,18 +97,17 @@ static void resolvenew(WholeFile* file, const char* path)
 // Full path of the file that is replaced, links followed, and its record in `old` if it is there.
 static bool resolve(WholeFile* file, const char* path, struct stat* old)
 {
-    if (std::strlen(path) >= WHOLEFILE_PATH) {
+    if (!copypath(file->path, path)) {
         fail(file, "Could not write", path, ENAMETOOLONG);
         return false;
     }
-    std::strcpy(file->path, path);
     if (isdangling(path)) {
         failfor(file, "Could not write", path, nowhere);
         return false;
     }
     if (realpath(path, file->path) == nullptr) {
         const int error = errno;
-        std::strcpy(file->path, path);
+        copypath(file->path, path); // realpath leaves what it has found so far
         if (error == ENOENT) {
             resolvenew(file, path);
         } else {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <numeric>
+#include <string>
 #include <vector>
 
 struct Numbers {
@@ -40,10 +42,8 @@ struct Numbers {
 
 static std::vector<i32> counting(i32 n)
 {
-    std::vector<i32> values;
-    for (i32 i = 0; i < n; i++) {
-        values.push_back(i);
-    }
+    std::vector<i32> values(static_cast<size_t>(n));
+    std::iota(values.begin(), values.end(), 0);
     return values;
 }
 

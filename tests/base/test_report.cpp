@@ -4,8 +4,9 @@
 
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <fnmatch.h>
 #include <gtest/gtest.h>
-#include <regex>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
@@ -383,7 +384,7 @@ static int show_progress(const char* message, f64 done, f64 total)
     ReportRec rec = {};
     rec.type = REPORT_PROGRESS;
     if (message != nullptr) {
-        std::strcpy(text, message);
+        std::snprintf(text, sizeof text, "%s", message);
         rec.message = text;
     }
     rec.done = done;
@@ -451,6 +452,17 @@ static WarningRun run_warning(i32 to_file, i32 no_wait, const std::string& befor
     return {run, std::filesystem::exists(path) ? read_text(path) : ""};
 }
 
+// Whether a log is `before` and one line with a stamp and `message`.
+static bool is_log_line(const std::string& log, const std::string& before,
+                        const std::string& message)
+{
+    const std::string pattern = before +
+                                "20[0-9][0-9]-[A-Z][a-z][a-z]-[0-9][0-9] "
+                                "[0-2][0-9]:[0-5][0-9]:[0-6][0-9] " +
+                                message + "\n";
+    return fnmatch(pattern.c_str(), log.c_str(), 0) == 0;
+}
+
 TEST(Report_warning, waits_and_logs_unless_told_otherwise)
 {
     EXPECT_EQ(warnings_to_file, 1);
@@ -474,10 +486,7 @@ TEST(Report_warning, takes_one_character_of_the_input)
 TEST(Report_warning, adds_a_stamped_line_to_the_log)
 {
     const std::string log = run_warning(1, 1, "an older line\n").log;
-    EXPECT_TRUE(std::regex_match(
-        log, std::regex("an older line\n"
-                        "20\\d\\d-[A-Z][a-z][a-z]-\\d\\d \\d\\d:\\d\\d:\\d\\d low ceiling\n")))
-        << log;
+    EXPECT_TRUE(is_log_line(log, "an older line\n", "low ceiling")) << log;
 }
 
 TEST(Report_warning, stamps_the_local_time_on_a_24_hour_clock)
@@ -523,9 +532,7 @@ TEST(Report_notice, is_a_plain_message_and_a_line_of_the_log_without_a_wait)
     EXPECT_EQ(run.code, 'a');
     EXPECT_EQ(run.out, "the file went away\n");
     EXPECT_EQ(run.err, "");
-    EXPECT_TRUE(std::regex_match(
-        read_text(path),
-        std::regex("20\\d\\d-[A-Z][a-z][a-z]-\\d\\d \\d\\d:\\d\\d:\\d\\d the file went away\n")));
+    EXPECT_TRUE(is_log_line(read_text(path), "", "the file went away")) << read_text(path);
 }
 
 TEST(Report_notice, leaves_no_log_if_that_is_switched_off)
