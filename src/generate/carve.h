@@ -1,0 +1,42 @@
+// Carving: a full graph becomes a maze by losing edges, level by level. The only tie to the level
+// above is that the ports of a level stay connected.
+//
+// Methods work on a bare copy of the graph and bring only the final edge set back, so ports and
+// submazes of the real maze are touched by Maze_unjoin with syncports alone. A maze without nodes is
+// left as it is. Attachments and draw spheres are the caller's.
+#pragma once
+
+#include "model/maze.h"
+
+/// Carves one maze by one of the three methods: irand(3) of 1 spanning, 2 corridors, else threshold.
+void makemaze(Maze* maze);
+
+/// Carves every maze of a tree, children first.
+void makemaze_all(Maze* maze);
+
+/// Reverse-delete in random order (Kruskal 1956): a random spanning tree, or forest. Two draws an edge.
+/// Nearly linear in the edges.
+void makemaze_spanning(Maze* maze);
+
+/// The same with the order bent while it runs, so that edges between nodes of high degree go first: a
+/// spanning tree of long corridors. Two draws an edge, and up to 80 more for each. Each edge costs a
+/// search.
+void makemaze_corridors(Maze* maze);
+
+/// Random thinning at the lowest density that still links the ports, found by bisection, then without
+/// edgeless inner nodes. Islands may be left over. If no thinned graph is good the maze keeps all
+/// edges. Takes two draws an edge for each attempt, up to about 1000 of them.
+void makemaze_threshold(Maze* maze);
+
+/// Calls `f` for each maze of a tree, submazes of the last node first, children before parents.
+void Maze_foreach(Maze* maze, void (*f)(Maze*));
+
+/// Deletes each edge with chance 1 - `keep`; two draws an edge, from the last node's last slot on. A
+/// slot that an earlier deletion has emptied (doubled edges) is passed over without a draw.
+void Maze_thinedges(Maze* maze, f64 keep);
+
+/// Deletes every edge that `pattern`, a maze with the same node numbers, doesn't have.
+void Maze_keepedges(Maze* maze, const Maze* pattern);
+
+/// Deletes the edgeless nodes that aren't ports, with their submazes.
+void Maze_dropisolated(Maze* maze);

@@ -1,0 +1,186 @@
+#include "generate/grids.h"
+
+#include <cstdlib>
+
+static const f64 weldlimit2 = 0.5625; // square of 0.75
+
+static i32 atleast1(i32 size)
+{
+    return size < 1 ? 1 : size;
+}
+
+// Fills a slot of a node that isn't in its maze yet.
+static void addslot(MazeNode* node, bool exists, i32 neighbour)
+{
+    if (exists) {
+        node->edges[node->nedges] = neighbour;
+        node->edgerec[node->nedges] = VisitRec_fresh();
+        node->nedges++;
+    }
+}
+
+Maze* grid_maze(i32 nx, i32 ny, i32 nz)
+{
+    nx = atleast1(nx);
+    ny = atleast1(ny);
+    nz = atleast1(nz);
+    Maze* const maze = Maze_new();
+    GrowArray_reserve(&maze->nodes, static_cast<u32>(nx * ny * nz));
+    // forward: nodes are appended in the order of their numbers
+    for (i32 z = 0; z < nz; z++) {
+        for (i32 y = 0; y < ny; y++) {
+            for (i32 x = 0; x < nx; x++) {
+                const i32 n = x + nx * (y + ny * z);
+                MazeNode node = MazeNode_fresh(x, y, z, 0.5);
+                addslot(&node, x > 0, n - 1);
+                addslot(&node, x < nx - 1, n + 1);
+                addslot(&node, y > 0, n - nx);
+                addslot(&node, y < ny - 1, n + nx);
+                addslot(&node, z > 0, n - nx * ny);
+                addslot(&node, z < nz - 1, n + nx * ny);
+                Maze_addnode(maze, &node);
+            }
+        }
+    }
+    return maze;
+}
+
+Maze* grid_square(f64 s, Pos where)
+{
+    static_cast<void>(where);
+    const i32 n = static_cast<i32>(s);
+    return grid_maze(n, n, 1);
+}
+
+Maze* grid_red(i32 i)
+{
+    const i32 n = 4 * i + 1;
+    Maze* const maze = grid_maze(n, n, 1);
+    Maze_setcolour(maze, 0xC04040);
+    return maze;
+}
+
+// Welds a face, handed over and moved by `v`, to a box, handed over. Returns the larger box.
+static Maze* addface(Maze* box, Maze* face, f64 x, f64 y, f64 z)
+{
+    const f64 v[3] = {x, y, z};
+    Maze_translate(face, v, true);
+    Maze* const result = Maze_welded(box, face);
+    Maze_free(box, true);
+    Maze_free(face, true);
+    return result;
+}
+
+Maze* box_maze(i32 a, i32 b, i32 c)
+{
+    Maze* box = Maze_new();
+    box = addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, 0);
+    box = addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, c);
+    box = addface(box, grid_maze(a + 1, 1, c + 1), 0, 0, 0);
+    box = addface(box, grid_maze(a + 1, 1, c + 1), 0, b, 0);
+    box = addface(box, grid_maze(1, b + 1, c + 1), 0, 0, 0);
+    box = addface(box, grid_maze(1, b + 1, c + 1), a, 0, 0);
+    return box;
+}
+
+// The node of `maze` that lies on a point, -1 if none is near enough. The highest number wins a tie.
+static i32 nodeat(const Maze* maze, const f64 p[3])
+{
+    f64 best = 9e99;
+    i32 found = -1;
+    for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
+        const f64* const q = Maze_node(maze, i)->pos;
+        const f64 dx = q[0] - p[0];
+        const f64 dy = q[1] - p[1];
+        const f64 dz = q[2] - p[2];
+        const f64 distance2 = dx * dx + dy * dy + dz * dz;
+        if (distance2 < best) {
+            best = distance2;
+            found = i;
+        }
+    }
+    return best <= weldlimit2 ? found : -1;
+}
+
+static void colourslots(MazeNode* node, i32 target, u32 colour)
+{
+    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
+        if (node->edges[i] == target) {
+            node->edgerec[i].colour = colour;
+        }
+    }
+}
+
+// Removes a node's edges to a target, which is left alone. The submaze isn't told.
+static void forget(MazeNode* node, i32 target)
+{
+    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
+        if (node->edges[i] == target) {
+            node->nedges--;
+            node->edges[i] = node->edges[node->nedges];
+            node->edgerec[i] = node->edgerec[node->nedges];
+        }
+    }
+}
+
+// Lets an edge of node i that led to a node which goes lead to `target` instead. It must have room.
+static void redirect(Maze* maze, i32 i, i32 slot, i32 target)
+{
+    MazeNode* const node = Maze_node(maze, i);
+    MazeNode* const end = Maze_node(maze, target);
+    // the old end goes later, when node i may have another number
+    forget(Maze_node(maze, node->edges[slot]), i);
+    node->edges[slot] = target;
+    addslot(end, true, i);
+    const u32 colour = node->edgerec[slot].colour;
+    colourslots(node, target, colour);
+    colourslots(end, i, colour);
+}
+
+// Moves the edges of a kept node i from the nodes that go to those that replace them. `map` holds the
+// replacement of each of the first `na` nodes, -1 for a kept one.
+static void moveedges(Maze* maze, i32 i, const i32* map, i32 na)
+{
+    const MazeNode* const node = Maze_node(maze, i);
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        if (slot >= static_cast<i32>(node->nedges)) {
+            continue; // a deletion has emptied it
+        }
+        const i32 old = node->edges[slot];
+        if (old >= na || map[old] < 0) {
+            continue;
+        }
+        if (Maze_node(maze, map[old])->nedges < MAZE_MAXEDGES) {
+            redirect(maze, i, slot, map[old]);
+        } else {
+            Maze_unjoin(maze, i, old, true);
+        }
+    }
+}
+
+Maze* Maze_welded(const Maze* a, const Maze* b)
+{
+    Maze* const maze = Maze_merged(a, b);
+    const i32 na = Maze_count(a);
+    if (na == 0) {
+        return maze;
+    }
+    i32* const map = static_cast<i32*>(std::calloc(static_cast<size_t>(na), sizeof(i32)));
+    for (i32 i = na - 1; i >= 0; i--) {
+        const i32 found = nodeat(b, Maze_node(a, i)->pos);
+        map[i] = found >= 0 ? found + na : -1;
+    }
+    // forward, as room for edges goes to the lowest numbers first
+    for (i32 i = 0; i < na; i++) {
+        if (map[i] < 0) {
+            moveedges(maze, i, map, na);
+        }
+    }
+    for (i32 i = na - 1; i >= 0; i--) {
+        if (map[i] >= 0) {
+            Maze_delnode(maze, i, true);
+        }
+    }
+    std::free(map);
+    return maze;
+}
