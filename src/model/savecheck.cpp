@@ -1,0 +1,344 @@
+// The check of a save file: one pass over the bytes as they stand, which believes nothing.
+#include "model/savefile.h"
+#include "model/savelayout.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+enum {
+    PLACE = 600,     // chars that name a maze
+    PLACE_ENDS = 20, // levels shown at either end of a long path
+    SAID = 200,      // chars that tell a fault
+};
+
+/// A pass over the bytes of a file. The mazes whose blocks are open form a path from the root.
+struct SaveCheck {
+    const u8* bytes;
+    size_t at;
+    size_t end;       // of the root's block
+    GrowArray places; // of size_t: where the nodes of the open mazes begin, the root's first
+    i32 path[SAVE_MAXLEVELS]; // the node that each open maze has come to
+    i32 depth;                // open mazes
+    i32 player;               // the player's node
+    i32 marks;                // marked mazes so far
+    char* why;
+};
+
+/// What is asked of a node, besides what lies in its block.
+struct NodeCheck {
+    i32 node;
+    i32 count; // nodes of its maze
+    i32 ports;
+    bool marked; // the player is in this maze
+};
+
+static u32 u32_at(const u8* at)
+{
+    u32 value;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+}
+
+static i32 i32_at(const u8* at)
+{
+    i32 value;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+}
+
+static bool finite_at(const u8* at)
+{
+    f64 value;
+    std::memcpy(&value, at, sizeof value);
+    return std::isfinite(value);
+}
+
+static size_t bytesleft(const SaveCheck* check)
+{
+    return check->end - check->at;
+}
+
+// The open maze by its path from the root; the middle of a long path is left out.
+static void nameplace(const SaveCheck* check, char out[PLACE])
+{
+    const i32 steps = check->depth - 1;
+    size_t used = static_cast<size_t>(std::snprintf(out, PLACE, steps > 0 ? "maze " : "root maze"));
+    for (i32 i = 0; i < steps; i++) { // from the root down
+        if (i == PLACE_ENDS && steps > 2 * PLACE_ENDS) {
+            used += static_cast<size_t>(std::snprintf(out + used, PLACE - used, "..."));
+            i = steps - PLACE_ENDS;
+        }
+        used += static_cast<size_t>(std::snprintf(out + used, PLACE - used, "%d%s", check->path[i],
+                                                  i < steps - 1 ? "/" : ""));
+    }
+}
+
+// Tells a fault of the open maze, or of one of its nodes if `node` isn't negative. Always false.
+[[gnu::format(printf, 3, 4)]] static bool fault(SaveCheck* check, i32 node, const char* format, ...)
+{
+    char place[PLACE];
+    nameplace(check, place);
+    char said[SAID];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(said, sizeof said, format, args);
+    va_end(args);
+    if (node >= 0) {
+        std::snprintf(check->why, SAVE_WHY, "%s, node %d: %s", place, node, said);
+    } else {
+        std::snprintf(check->why, SAVE_WHY, "%s: %s", place, said);
+    }
+    return false;
+}
+
+static bool checkedge(SaveCheck* check, const NodeCheck* want, i32 target)
+{
+    if (target < 0 || target >= want->count) {
+        return fault(check, want->node, "edge to %d of %d", target, want->count);
+    }
+    if (target == want->node) {
+        return fault(check, want->node, "edge to itself");
+    }
+    return true;
+}
+
+static bool visitfinite(const u8* rec)
+{
+    return finite_at(rec + 8) && finite_at(rec + 16);
+}
+
+static bool checknumbers(SaveCheck* check, i32 node, const u8* block, u32 nedges)
+{
+    for (i32 k = 2; k >= 0; k--) {
+        if (!finite_at(block + 8 * k)) {
+            return fault(check, node, "a position that is not finite");
+        }
+    }
+    if (!finite_at(block + NODE_RADIUS)) {
+        return fault(check, node, "a radius that is not finite");
+    }
+    const u8* const recs = block + NODE_EDGES + 4 * static_cast<size_t>(nedges);
+    for (u32 i = 0; i <= nedges; i++) { // the edges' records, then the node's own
+        if (!visitfinite(recs + VISIT_BYTES * static_cast<size_t>(i))) {
+            return fault(check, node, "a time of passage that is not finite");
+        }
+    }
+    return true;
+}
+
+static bool checksubmaze(SaveCheck* check, const NodeCheck* want, u8 flag)
+{
+    if (flag > 1) {
+        return fault(check, want->node, "submaze byte %d", flag);
+    }
+    if (flag == 1 && want->node < want->ports) {
+        return fault(check, want->node, "a port that holds a submaze");
+    }
+    if (flag == 1 && want->marked && want->node == check->player) {
+        return fault(check, want->node, "the player's node holds a submaze");
+    }
+    if (flag == 1 && check->depth >= SAVE_MAXLEVELS) {
+        return fault(check, want->node, "more than %d levels", static_cast<int>(SAVE_MAXLEVELS));
+    }
+    return true;
+}
+
+// Checks what stands in the block of a node, but for the way back along its edges, and steps over it.
+static bool checknode(SaveCheck* check, const NodeCheck* want)
+{
+    const size_t left = bytesleft(check);
+    const u8* const block = check->bytes + check->at;
+    if (left < NODE_LEAST) {
+        return fault(check, want->node, "the file ends in it");
+    }
+    const u32 nedges = u32_at(block + NODE_EDGECOUNT);
+    if (nedges > MAZE_MAXEDGES) {
+        return fault(check, want->node, "%u edges, %d at most", nedges,
+                     static_cast<int>(MAZE_MAXEDGES));
+    }
+    const size_t size = NODE_LEAST + EDGE_BYTES * static_cast<size_t>(nedges);
+    if (left < size) {
+        return fault(check, want->node, "the file ends in it");
+    }
+    for (u32 i = 0; i < nedges; i++) {
+        if (!checkedge(check, want, i32_at(block + NODE_EDGES + 4 * static_cast<size_t>(i)))) {
+            return false;
+        }
+    }
+    GrowArray_push(&check->places, &check->at);
+    check->at += size;
+    return checknumbers(check, want->node, block, nedges) &&
+           checksubmaze(check, want, block[size - 1]);
+}
+
+static i32 timeslisted(const u8* block, i32 target)
+{
+    i32 times = 0;
+    for (i32 i = i32_at(block + NODE_EDGECOUNT) - 1; i >= 0; i--) {
+        times += i32_at(block + NODE_EDGES + 4 * i) == target ? 1 : 0;
+    }
+    return times;
+}
+
+// Whether each node is listed by its neighbours as often as it lists them. `places` are where the
+// nodes of the maze begin, whose edges are in range.
+static bool checkways(SaveCheck* check, const size_t* places, i32 count)
+{
+    for (i32 n = 0; n < count; n++) {
+        const u8* const block = check->bytes + places[n];
+        for (i32 i = i32_at(block + NODE_EDGECOUNT) - 1; i >= 0; i--) {
+            const i32 target = i32_at(block + NODE_EDGES + 4 * i);
+            const i32 there = timeslisted(block, target);
+            const i32 back = timeslisted(check->bytes + places[target], n);
+            if (there != back) {
+                return fault(check, n, "%d times joined to %d, and %d times back", there, target,
+                             back);
+            }
+        }
+    }
+    return true;
+}
+
+static bool checkmazehead(SaveCheck* check, NodeCheck* want)
+{
+    const size_t left = bytesleft(check);
+    if (left < MAZE_HEAD + MAZE_LEAST) {
+        return fault(check, -1, "the file ends in it");
+    }
+    const u8* const head = check->bytes + check->at;
+    want->marked = head[0] == 1;
+    want->count = i32_at(head + 1);
+    if (head[0] > 1) {
+        return fault(check, -1, "mark byte %d", head[0]);
+    }
+    if (want->marked && ++check->marks > 1) {
+        return fault(check, -1, "a second maze that is marked as the player's");
+    }
+    if (want->count < 1) {
+        return fault(check, -1, "%d nodes", want->count);
+    }
+    if (static_cast<size_t>(want->count) > (left - MAZE_HEAD - MAZE_LEAST) / NODE_LEAST) {
+        return fault(check, -1, "%d nodes in the %zu bytes that are left", want->count, left);
+    }
+    if (want->count < want->ports) {
+        return fault(check, -1, "%d nodes for %d ports", want->count, want->ports);
+    }
+    if (want->marked && (check->player < 0 || check->player >= want->count)) {
+        return fault(check, -1, "the player is on node %d of %d", check->player, want->count);
+    }
+    check->at += MAZE_HEAD;
+    return true;
+}
+
+static bool checkmazeend(SaveCheck* check, i32 ports, i32 walked)
+{
+    if (bytesleft(check) < MAZE_LEAST) {
+        return fault(check, -1, "the file ends in it");
+    }
+    const i32 visited = i32_at(check->bytes + check->at);
+    if (visited != walked) {
+        return fault(check, -1, "%d nodes visited, but %d walked on", visited, walked);
+    }
+    const u32 exitsused = u32_at(check->bytes + check->at + 4);
+    if ((exitsused & ~saveport_mask(ports)) != 0) {
+        return fault(check, -1, "exits used are 0x%X of %d ports", exitsused, ports);
+    }
+    check->at += 8;
+    const u8* const name = check->bytes + check->at;
+    const void* const end = std::memchr(name, 0, bytesleft(check));
+    if (end == nullptr) {
+        return fault(check, -1, "a name without an end");
+    }
+    check->at += static_cast<size_t>(static_cast<const u8*>(end) - name) + 1;
+    return true;
+}
+
+// Whether the player has been on a node whose block has been found sound.
+static bool walked_at(const u8* block)
+{
+    f64 walked;
+    const size_t nedges = u32_at(block + NODE_EDGECOUNT);
+    std::memcpy(&walked, block + NODE_EDGES + EDGE_BYTES * nedges + 8, sizeof walked);
+    return walked >= 0.0;
+}
+
+static bool checkmaze(SaveCheck* check, i32 ports)
+{
+    const i32 level = check->depth++;
+    const u32 first = check->places.count;
+    NodeCheck want = {.node = 0, .count = 0, .ports = ports, .marked = false};
+    if (!checkmazehead(check, &want)) {
+        return false;
+    }
+    i32 walked = 0;
+    for (; want.node < want.count; want.node++) { // as they stand in the file
+        check->path[level] = want.node;
+        const u8* const block = check->bytes + check->at;
+        if (!checknode(check, &want)) {
+            return false;
+        }
+        walked += walked_at(block) ? 1 : 0;
+        const bool nested = check->bytes[check->at - 1] == 1;
+        if (nested && !checkmaze(check, i32_at(block + NODE_EDGECOUNT))) {
+            return false;
+        }
+    }
+    if (!checkways(check, items<size_t>(&check->places) + first, want.count) ||
+        !checkmazeend(check, ports, walked)) {
+        return false;
+    }
+    check->places.count = first; // the maze is closed
+    check->depth--;
+    return true;
+}
+
+static bool checktail(const u8* tail, char* why)
+{
+    for (size_t at = 0; at < TAIL_USED; at += sizeof(f64)) {
+        if (savetail_isreal(at) && !finite_at(tail + at)) {
+            std::snprintf(why, SAVE_WHY, "game: number %zu is not finite", at / sizeof(f64));
+            return false;
+        }
+    }
+    f64 time;
+    std::memcpy(&time, tail, sizeof time);
+    if (time < 0.0) { // stamps that it makes would read as never
+        std::snprintf(why, SAVE_WHY, "game: the clock is before 0");
+        return false;
+    }
+    return true;
+}
+
+// Checks what follows the root's block, once that has been found sound.
+static bool checkgame(const SaveCheck* check)
+{
+    if (bytesleft(check) > 0) {
+        std::snprintf(check->why, SAVE_WHY, "%zu bytes are left over", bytesleft(check));
+        return false;
+    }
+    if (check->marks != 1) {
+        std::snprintf(check->why, SAVE_WHY, "no maze is marked as the player's");
+        return false;
+    }
+    return checktail(check->bytes + check->end + 4, check->why);
+}
+
+bool savefile_check(const u8* bytes, size_t size, char* why)
+{
+    *why = 0;
+    if (size < GAME_BYTES) {
+        std::snprintf(why, SAVE_WHY, "%zu bytes are too few", size);
+        return false;
+    }
+    SaveCheck check = {};
+    check.bytes = bytes;
+    check.end = size - GAME_BYTES;
+    check.player = i32_at(bytes + check.end);
+    check.why = why;
+    GrowArray_init(&check.places, sizeof(size_t));
+    const bool sound = checkmaze(&check, 0) && checkgame(&check);
+    GrowArray_free(&check.places);
+    return sound;
+}

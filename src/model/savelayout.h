@@ -1,0 +1,37 @@
+// Places and sizes in a save file, which its writer, its check and its reader share.
+#pragma once
+
+#include "model/gamerec.h"
+
+enum {
+    VISIT_BYTES = 24,
+    EDGE_BYTES = 4 + VISIT_BYTES, // an edge and its record
+    NODE_RADIUS = 24,             // places in the block of a node
+    NODE_EDGECOUNT = 32,
+    NODE_EDGES = 36,
+    NODE_LEAST = 61, // bytes of a node without edges
+    NODE_MOST = NODE_LEAST + static_cast<int>(MAZE_MAXEDGES) * EDGE_BYTES,
+    MAZE_HEAD = 5,  // mark and node count
+    MAZE_LEAST = 9, // visitednodes, exitsused and an empty name
+    TAIL_USED = 480,
+    GAME_BYTES = 4 + static_cast<int>(GAME_TAIL), // what follows the root's block
+};
+
+static_assert(static_cast<size_t>(GAME_TAIL) - TAIL_USED == sizeof(GrowArray));
+static_assert(offsetof(MazeGame, roamers) - offsetof(MazeGame, time) == TAIL_USED);
+
+/// Whether the 8 bytes at a place of the tail are a real number: all are, but for the edges of the
+/// viewport and the two switches.
+constexpr bool savetail_isreal(size_t at)
+{
+    constexpr size_t view = offsetof(MazeGame, view) - offsetof(MazeGame, time);
+    constexpr size_t viewport = view + offsetof(ViewRec, viewport);
+    constexpr size_t end = view + sizeof(ViewRec);
+    return at < end && (at < viewport || at >= viewport + sizeof(ViewRec::viewport));
+}
+
+/// The bits of `exitsused` that stand for ports.
+constexpr u32 saveport_mask(i32 ports)
+{
+    return (1U << static_cast<u32>(ports)) - 1;
+}
