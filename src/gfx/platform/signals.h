@@ -1,0 +1,8 @@
+// SIGINT, SIGTERM and SIGHUP as a request to close, for all back ends of systems that have them.
+#pragma once
+
+/// Takes the three signals over. Handlers stay until the process ends.
+void signals_install();
+
+/// Whether one has arrived since the last call that answered true.
+bool signals_closewanted();

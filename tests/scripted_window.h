@@ -1,0 +1,31 @@
+// Windows on the scripted back end, for tests that draw or press keys.
+#pragma once
+
+#include "gfx/gfx_opengl.h"
+#include "gfx/platform/scripted.h"
+#include "gfx/projection.h"
+
+/// The scripted back end with nothing claimed or scripted, in perspective, full screen.
+inline void scripted_begin()
+{
+    platform_use(&platform_scripted);
+    scripted_reset();
+    gfx_ortho_mode = 0;
+    windowed = false;
+    fullscreen_x = 0;
+    fullscreen_y = 0;
+}
+
+/// A window for the length of a scope; what is scripted before it is made plays in it.
+struct ScriptedWindow {
+    i32 opened;
+    ScriptedWindow(i32 width, i32 height) : opened(gfx_open(width, height, "test"))
+    {
+    }
+    ScriptedWindow(const ScriptedWindow&) = delete;
+    ScriptedWindow& operator=(const ScriptedWindow&) = delete;
+    ~ScriptedWindow()
+    {
+        gfx_close();
+    }
+};
