@@ -1,0 +1,226 @@
+#include "scene/ballstick.h"
+
+#include "gfx/gl/shaderprocs.h"
+#include "model/drawsphere.h"
+#include "model/mazegame.h"
+#include "scene/colours.h"
+#include "scene/lists.h"
+
+#include <cstdlib>
+
+extern const char glsl_agecolour[];
+extern const char glsl_disc_vs[];
+extern const char glsl_disc_fs[];
+extern const char glsl_band_vs[];
+extern const char glsl_band_fs[];
+
+static GLuint sticksprogram; // 0 until first use of sphere_sticks
+static GLuint ballsprogram;  // 0 until first use of sphere_balls
+
+// The texts of each program, stage by stage.
+static const char* const stickvertex[] = {glsl_agecolour, glsl_band_vs};
+static const char* const stickfragment[] = {glsl_band_fs};
+static const char* const ballvertex[] = {glsl_agecolour, glsl_disc_vs};
+static const char* const ballfragment[] = {glsl_disc_fs};
+
+static GLint uniform(GLuint program, const char* name)
+{
+    return gl_entry_points.GetUniformLocation(program, name);
+}
+
+// Program 0 is the fixed pipeline of an old OpenGL, which has no uniforms.
+static void begin(GLuint program, const MazeGame* game)
+{
+    program_use(program);
+    if (program == 0) {
+        return;
+    }
+    f32 projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    const GlEntryPoints* const gl = &gl_entry_points;
+    gl->UniformMatrix4fv(uniform(program, "proj"), 1, GL_FALSE, projection);
+    gl->Uniform3f(uniform(program, "o"), static_cast<f32>(game->campos[0]),
+                  static_cast<f32>(game->campos[1]), static_cast<f32>(game->campos[2]));
+    gl->Uniform1f(uniform(program, "t"), static_cast<f32>(game->time));
+    gl->Uniform1i(uniform(program, "showtrail"), game->showtrail);
+}
+
+// A quad by a call a vertex. One call with an array of vertices compiles to the same list, but
+// takes the driver longer (bench_frame measures both).
+static void emitdisc(const f32 colour[4], const f64 centre[3], f64 radius)
+{
+    glColor4fv(colour); // alpha is a time; floats reach the vertex stage unclamped
+    glTexCoord4f(static_cast<f32>(centre[0]), static_cast<f32>(centre[1]),
+                 static_cast<f32>(centre[2]), static_cast<f32>(radius));
+    glVertex2f(-1, -1);
+    glVertex2f(-1, 1);
+    glVertex2f(1, 1);
+    glVertex2f(1, -1);
+}
+
+// A corner of a ribbon; its code tells the end (2 or 3: this node) and the side (odd or even).
+static void emitbandcorner(const MazeNode* end, f32 code)
+{
+    glVertex4f(static_cast<f32>(end->pos[0]), static_cast<f32>(end->pos[1]),
+               static_cast<f32>(end->pos[2]), code);
+}
+
+static void emitband(const MazeNode* node, const MazeNode* target, u32 colour, f64 walked)
+{
+    f32 channels[3];
+    colour_channels(colour, channels);
+    glColor3fv(channels);
+    glNormal3f(static_cast<f32>(node->pos[0] - target->pos[0]),
+               static_cast<f32>(node->pos[1] - target->pos[1]),
+               static_cast<f32>(node->pos[2] - target->pos[2]));
+    const f32 time = static_cast<f32>(walked);
+    glTexCoord2f(time, static_cast<f32>(target->radius));
+    emitbandcorner(target, 0);
+    glTexCoord2f(time, static_cast<f32>(node->radius));
+    emitbandcorner(node, 2);
+    emitbandcorner(node, 3);
+    glTexCoord2f(time, static_cast<f32>(target->radius));
+    emitbandcorner(target, 1);
+}
+
+// Whether a level draws its sticks to `target`. A stick that climbs out is drawn from above, by the
+// level that owns it; one inside a level is drawn from both ends, each with its own record.
+static bool drawsto(const Maze* maze, const Maze* target)
+{
+    return target->parent == maze || target->parent == maze->parent;
+}
+
+static i32 listexits(Maze* maze, i32 n, bool alledges, Pos* exits, VisitRec* recs)
+{
+    if (alledges) {
+        return Pos_alledges({maze, n}, exits, recs);
+    }
+    const MazeNode* const node = Maze_node(maze, n);
+    const i32 count = static_cast<i32>(node->nedges);
+    for (i32 i = count - 1; i >= 0; i--) {
+        exits[i] = {maze, node->edges[i]};
+        recs[i] = node->edgerec[i];
+    }
+    return count;
+}
+
+static bool coloursexits(const MazeGame* game)
+{
+    return game == nullptr || game->showexits != 0;
+}
+
+void sphere_sticklist(Maze* maze, const MazeGame* game, bool alledges)
+{
+    const bool byexits = coloursexits(game);
+    glBegin(GL_QUADS);
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        const MazeNode* const node = Maze_node(maze, n);
+        if (node->sub != nullptr) {
+            continue;
+        }
+        Pos exits[POS_MAXEDGES];
+        VisitRec recs[POS_MAXEDGES];
+        for (i32 i = listexits(maze, n, alledges, exits, recs) - 1; i >= 0; i--) {
+            if (!drawsto(maze, exits[i].maze)) {
+                continue;
+            }
+            const bool byexit = byexits && exits[i].maze == maze;
+            const u32 colour = byexit ? exit_colour(maze, recs[i].colour) : recs[i].colour;
+            emitband(node, Pos_node(exits[i]), colour, recs[i].walked);
+        }
+    }
+    glEnd();
+}
+
+void sphere_balllist(Maze* maze, const MazeGame* game)
+{
+    const bool byexits = coloursexits(game);
+    glBegin(GL_QUADS);
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        const MazeNode* const node = Maze_node(maze, n);
+        if (node->sub != nullptr) {
+            continue;
+        }
+        f32 colour[4];
+        colour_channels(byexits ? exit_colour(maze, node->rec.colour) : node->rec.colour, colour);
+        colour[3] = static_cast<f32>(node->rec.walked);
+        emitdisc(colour, node->pos, node->radius);
+    }
+    glEnd();
+}
+
+static ListPair* buildlists(Maze* maze, const MazeGame* game, bool alledges)
+{
+    ListPair* const lists = static_cast<ListPair*>(std::malloc(sizeof(ListPair)));
+    lists->sticks = glGenLists(1);
+    glNewList(lists->sticks, GL_COMPILE);
+    sphere_sticklist(maze, game, alledges);
+    glEndList();
+    lists->balls = glGenLists(1);
+    glNewList(lists->balls, GL_COMPILE);
+    sphere_balllist(maze, game);
+    glEndList();
+    Maze_attach(maze, "lists", lists, ListPair_delete, ATT_GEOMETRY | ATT_EXITS | ATT_VISITS);
+    return lists;
+}
+
+static bool outofview(Maze* maze, const ViewRec* view)
+{
+    f64 centre[3];
+    f64 radius;
+    Maze_drawsphere(maze, centre, &radius);
+    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0;
+}
+
+void sphere_lists(Maze* maze, MazeGame* game, SphereList which, bool recursive)
+{
+    if (outofview(maze, &game->view)) {
+        return;
+    }
+    const ListPair* lists = static_cast<ListPair*>(Maze_attachment(maze, "lists"));
+    if (lists == nullptr) {
+        lists = buildlists(maze, game, recursive);
+    }
+    glCallList(which == SPHERE_STICKS ? lists->sticks : lists->balls);
+    if (!recursive) {
+        return;
+    }
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        Maze* const sub = Maze_node(maze, n)->sub;
+        if (sub != nullptr) {
+            sphere_lists(sub, game, which, true);
+        }
+    }
+}
+
+void sphere_sticks(Maze* root, MazeGame* game, bool recursive)
+{
+    if (sticksprogram == 0) {
+        sticksprogram = program_make_lists(stickvertex, 2, stickfragment, 1);
+    }
+    begin(sticksprogram, game);
+    sphere_lists(root, game, SPHERE_STICKS, recursive);
+    program_use(0);
+}
+
+static void drawcursor(const MazeGame* game)
+{
+    f64 centre[3];
+    f64 radius;
+    MazeGame_viewpos_radius(centre, game, &radius);
+    const f32 white[4] = {1, 1, 1, static_cast<f32>(game->time)};
+    glBegin(GL_QUADS);
+    emitdisc(white, centre, radius);
+    glEnd();
+}
+
+void sphere_balls(Maze* root, MazeGame* game, bool recursive)
+{
+    if (ballsprogram == 0) {
+        ballsprogram = program_make_lists(ballvertex, 2, ballfragment, 1);
+    }
+    begin(ballsprogram, game);
+    sphere_lists(root, game, SPHERE_BALLS, recursive);
+    drawcursor(game);
+    program_use(0);
+}

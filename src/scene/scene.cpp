@@ -1,0 +1,55 @@
+#include "scene/scene.h"
+
+#include "scene/ballstick.h"
+#include "scene/view.h"
+
+#include <GL/gl.h>
+
+#include <bit>
+
+i32 plot_type = 0;
+i32 voronoi_on = 0;
+i32 voronoi_mode = 5;
+i32 landscape_on = 0;
+i32 light_on = 0;
+i32 grid_on = 0;
+i32 smooth_lines = 1;
+
+// Depth terms of the projection, its elements 10 and 14. The slices overlap by 1.72 units, so that
+// nothing falls between them.
+static const f32 slice_scale = std::bit_cast<f32>(0xBF80068BU);       // -1.000199676, both slices
+static const f32 slice_far_offset = std::bit_cast<f32>(0xC4FA0664U);  // 1000.00 to 1.0017e7
+static const f32 slice_near_offset = std::bit_cast<f32>(0xBE4CD209U); // 0.1 to 1001.72
+
+static void loadslice(f32 offset)
+{
+    f32 projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    projection[10] = slice_scale;
+    projection[14] = offset;
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(projection);
+    glMatrixMode(GL_MODELVIEW);
+}
+
+static void drawslice(MazeGame* game, f32 offset)
+{
+    loadslice(offset);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    scene_plot(game);
+}
+
+void scene_draw(MazeGame* game)
+{
+    // far first: all of the near slice lies before all of the far one, and is painted over it
+    drawslice(game, slice_far_offset);
+    drawslice(game, slice_near_offset);
+    glClear(GL_DEPTH_BUFFER_BIT);
+}
+
+void scene_plot(MazeGame* game)
+{
+    ViewRec_get(&game->view);
+    sphere_sticks(game->root, game, true);
+    sphere_balls(game->root, game, true);
+}

@@ -1,0 +1,50 @@
+#include "scene/view.h"
+
+#include "gfx/gfx_opengl.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+
+void ViewRec_get(ViewRec* out)
+{
+    f64 modelview[16] = {};
+    f64 projection[16] = {};
+    i32 viewport[4] = {};
+    glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
+    glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    ViewRec_derive(out, modelview, projection, viewport, gfx_width);
+}
+
+void view_install()
+{
+    viewrec_capture = ViewRec_get;
+}
+
+// A coordinate of the eye as the matrix takes it. The limit leaves room for the sums of a product of
+// matrices in single precision.
+static f64 heldcoordinate(f64 c)
+{
+    const f64 limit = 1e30;
+    if (std::isnan(c)) {
+        return 0.0;
+    }
+    return static_cast<f64>(static_cast<f32>(std::clamp(c, -limit, limit)));
+}
+
+void MazeGame_applyview(MazeGame* game)
+{
+    f64 rotation[16] = {};
+    for (i32 row = 2; row >= 0; row--) {
+        for (i32 column = 2; column >= 0; column--) {
+            rotation[column * 4 + row] = game->orient[row * 3 + column];
+        }
+    }
+    rotation[15] = 1.0;
+    glMultMatrixd(rotation);
+    glTranslated(-heldcoordinate(game->campos[0]), -heldcoordinate(game->campos[1]),
+                 -heldcoordinate(game->campos[2]));
+    ViewRec_get(&game->view);
+}

@@ -1,0 +1,16 @@
+// The view as OpenGL holds it: capture into a record, and the camera set from a game.
+#pragma once
+
+#include "model/gamerec.h"
+
+/// Fills the record from the current model-view, projection and viewport and the window's width. Put
+/// into viewrec_capture by view_install.
+void ViewRec_get(ViewRec* out);
+
+/// Makes ViewRec_get what the game record captures the view by. Call once the window is open.
+void view_install();
+
+/// Multiplies the game's camera onto the current matrix (the model-view, the identity before): its
+/// `orient`, then a translation by minus `campos`, rounded to single precision first and held to
+/// finite values. Then captures `game->view`.
+void MazeGame_applyview(MazeGame* game);
