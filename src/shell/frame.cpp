@@ -1,0 +1,380 @@
+#include "shell/frame.h"
+
+#include "base/clock.h"
+#include "base/report.h"
+#include "base/rnd.h"
+#include "base/wholefile.h"
+#include "gfx/gfx_opengl.h"
+#include "gfx/projection.h"
+#include "model/attachment.h"
+#include "model/commands.h"
+#include "model/mazegame.h"
+#include "model/savefile.h"
+#include "scene/scene.h"
+#include "scene/view.h"
+#include "shell/numbers.h"
+
+#include <GL/gl.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+static constexpr char config_path[] = "config.txt";
+static constexpr char save_path[] = "maze_save.dat";
+
+enum { STEREO_MODES = 9 };
+
+// The split of the start: set by driver_start, written by lap, over with the first swap.
+static bool times_on;
+static f64 times_begin; // timer_now at the start of driver_start
+static f64 times_last;  // timer_now at the last lap
+
+static void showtime(const char* step, f64 seconds)
+{
+    std::fprintf(stderr, "CORVANE_TIMES %-12s %8.2f ms\n", step, seconds * 1000);
+}
+
+static void starttimes(bool on)
+{
+    times_on = on;
+    if (on) {
+        // what the system spent on loading the program; waiting is not in it
+        showtime("before main", static_cast<f64>(std::clock()) / CLOCKS_PER_SEC);
+        times_begin = timer_now();
+        times_last = times_begin;
+    }
+}
+
+// Tells how long the step took that ends here.
+static void lap(const char* step)
+{
+    if (times_on) {
+        const f64 now = timer_now();
+        showtime(step, now - times_last);
+        times_last = now;
+    }
+}
+
+static void readstereodepth(Driver* driver)
+{
+    config_default(&driver->config, "Stereo Depth", "0.05");
+    const char* const text = config_get(&driver->config, "Stereo Depth", "");
+    const f64 depth = std::atof(text);
+    driver->stereo_depth = std::isfinite(depth) ? depth : 0.0;
+}
+
+static void tellunsaved(const char* what, const char* why)
+{
+    char message[SAVE_WHY + 100];
+    std::snprintf(message, sizeof message, "%s. %s", what, why);
+    report_notice("Corvane", 0, message);
+}
+
+static bool savesettings(const ConfigList* config)
+{
+    char why[WHOLEFILE_WHY];
+    if (config_save(config, config_path, ':', why)) {
+        return true;
+    }
+    tellunsaved("The settings are not saved in config.txt", why);
+    return false;
+}
+
+static void readsettings(Driver* driver)
+{
+    ConfigList* const config = &driver->config;
+    config_load(config, config_path, ':');
+    config_default(config, "Windowed (Y/N)", "Y");
+    windowed = config_get_bool(config, "Windowed");
+    config_read_display_and_stereo(config, &driver->stereo_mode, &driver->stereo_swap);
+    readstereodepth(driver);
+    savesettings(config); // the program goes on without it
+    if (driver->wished_width > 0) {
+        windowed = true;
+        gfx_width = driver->wished_width;
+        gfx_height = driver->wished_height;
+    }
+}
+
+static u32 clockseed()
+{
+    return static_cast<u32>(static_cast<std::uint64_t>(timer_now() * 1000));
+}
+
+static void seedstream(const ConfigList* config)
+{
+    const char* const text = config_get(config, "Seed", nullptr);
+    u32 seed = 0;
+    if (text == nullptr) {
+        seed = clockseed();
+    } else if (!number_u32(text, &seed)) {
+        report_notice("Corvane", 0,
+                      "config.txt: the value of Seed is no decimal number below 4294967296; the "
+                      "world is made from a seed of its own");
+        seed = clockseed();
+    }
+    rnd_seed(seed);
+}
+
+static bool openwindow(const ConfigList* config)
+{
+    gfx_ortho_mode = 0;
+    if (gfx_open(gfx_width, gfx_height, "Corvane") == 0) {
+        std::fprintf(stderr, "No window: the Resolution '%s' in config.txt gives no size.\n",
+                     config_get(config, "Resolution", ""));
+        return false;
+    }
+    view_install();
+    return true;
+}
+
+static void startgame(MazeGame* game)
+{
+    char why[SAVE_WHY];
+    MazeGame scratch;
+    const SaveLoad outcome = MazeGame_load(&scratch, save_path, why);
+    if (outcome == SAVE_REFUSED) {
+        report_notice("Corvane", 0, why);
+    }
+    if (outcome != SAVE_LOADED) {
+        MazeGame_new(&scratch, 0);
+    }
+    *game = scratch;
+}
+
+static void startloop(Driver* driver)
+{
+    if (!windowed) {
+        gfx_mouse_delta(nullptr, nullptr);
+    }
+    driver->last_time = timer_now();
+    driver->dt = 0;
+    driver->first_swap_done = false;
+    Camera_init(&driver->camera, &driver->game);
+    driver->hud_mode = 0;
+    if (gfx_width == 0) {
+        report_inner("Corvane", 153, REPORT_FATAL,
+                     "GRAPHICS() macro not called at LOOP start, or no resolution specified", 0);
+    }
+    gfx_pump();
+}
+
+bool driver_start(Driver* driver, bool times)
+{
+    starttimes(times);
+    readsettings(driver);
+    lap("settings");
+    seedstream(&driver->config);
+    if (!openwindow(&driver->config)) {
+        config_free(&driver->config);
+        return false;
+    }
+    lap("window");
+    startgame(&driver->game);
+    lap("world");
+    startloop(driver);
+    lap("first pump");
+    return true;
+}
+
+static void tick(Driver* driver)
+{
+    const f64 now = timer_now();
+    driver->dt = now - driver->last_time;
+    driver->game.time += driver->dt;
+    driver->last_time += driver->dt;
+}
+
+static void choosepolygonmode()
+{
+    glPolygonMode(GL_FRONT_AND_BACK, key_held('I') ? GL_LINE : GL_FILL);
+}
+
+static void stereokeys(Driver* driver)
+{
+    if (key_pressed(KEY_F3)) { // the file may hold any number
+        const std::int64_t next = static_cast<std::int64_t>(driver->stereo_mode) + 1;
+        driver->stereo_mode = static_cast<i32>(next % STEREO_MODES);
+    }
+    if (key_pressed(KEY_F4)) {
+        driver->stereo_swap = driver->stereo_swap == 0 ? 1 : 0;
+    }
+    if (key_pressed(KEY_F5)) {
+        driver->stereo_depth -= 0.005;
+    }
+    if (key_pressed(KEY_F6)) {
+        driver->stereo_depth += 0.005;
+    }
+}
+
+// Multiplies the field of view. An angle too small for single precision is not taken.
+static void changefov(f64 factor)
+{
+    const f32 angle = static_cast<f32>(static_cast<f64>(gfx_get_fov()) * factor);
+    if (std::isfinite(angle) && std::fabs(angle) > 1e-30F) {
+        gfx_set_fov(angle, 0.1F, 1000.0F);
+    }
+}
+
+static void fovkeys()
+{
+    if (key_pressed(KEY_F7)) {
+        changefov(0.9523809523809523);
+    }
+    if (key_pressed(KEY_F8)) {
+        changefov(1.05);
+    }
+}
+
+static void toggle(i32* value)
+{
+    *value = *value == 0 ? 1 : 0;
+}
+
+static void plotkeys(Maze* root)
+{
+    const bool shift = key_held(KEY_SHIFT);
+    if (key_pressed('P')) {
+        toggle(&smooth_lines);
+    }
+    if (key_pressed('V')) {
+        toggle(&voronoi_on);
+    }
+    if (key_pressed('M')) {
+        voronoi_mode = (voronoi_mode + 1) % 6;
+        Maze_detach(root, "voronoilist", true);
+    }
+    if (key_pressed('G') && shift) {
+        toggle(&grid_on);
+    } else if (key_pressed('G')) {
+        plot_type = (plot_type + 1) % 3;
+    }
+    if (key_pressed('L')) {
+        toggle(shift ? &light_on : &landscape_on);
+    }
+}
+
+static void edgekeys(Driver* driver)
+{
+    if (key_pressed(KEY_SPACE)) {
+        driver->hud_mode = (driver->hud_mode + 1) & 3;
+    }
+    stereokeys(driver);
+    fovkeys();
+    Camera_modekeys(&driver->camera);
+    plotkeys(driver->game.root);
+}
+
+static void drawscene(Driver* driver)
+{
+    if (driver->stereo_mode < STEREO_MODES) { // there is no way to present a higher mode
+        scene_draw(&driver->game);
+    }
+}
+
+// The clock is not set back: the time that making the world takes is in the next frame's dt.
+static void newgamekey(Driver* driver)
+{
+    if (!key_pressed('N')) {
+        return;
+    }
+    newgame(&driver->game, newgame_kind(key_held(KEY_SHIFT), key_held(KEY_CTRL)));
+    f64 point[3];
+    MazeGame_viewpos_radius(point, &driver->game, &driver->camera.local_scale);
+}
+
+static void showframe(Driver* driver)
+{
+    glFinish();
+    platform->swap();
+    if (!driver->first_swap_done) {
+        driver->first_swap_done = true;
+        lap("first frame");
+        if (times_on) {
+            showtime("from main", timer_now() - times_begin);
+            times_on = false;
+        }
+        glClearColor(0, 0, 0, 0);
+    }
+}
+
+static void clearframe()
+{
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glLoadIdentity();
+}
+
+static bool quitasked()
+{
+    return gfx_pump() != 0 || key_held('Q') || key_held(KEY_ESCAPE);
+}
+
+bool driver_frame(Driver* driver)
+{
+    if (gfx_quit != 0) {
+        return false; // closed in the pump of the start-up: nothing is left to draw into
+    }
+    MazeGame* const game = &driver->game;
+    f64 movement[3];
+    tick(driver);
+    Camera_zoom(&driver->camera, game, driver->dt);
+    Camera_steer(&driver->camera, game, driver->dt, movement);
+    choosepolygonmode();
+    MazeGame_moveroamers(game, driver->dt);
+    MazeGame_move(game, movement);
+    MazeGame_viewpos(driver->focus, game);
+    Camera_eye(&driver->camera, game, driver->dt, driver->focus);
+    MazeGame_applyview(game);
+    edgekeys(driver);
+    drawscene(driver);
+    newgamekey(driver);
+    showframe(driver);
+    clearframe();
+    return !quitasked();
+}
+
+static bool savegame(const MazeGame* game)
+{
+    char why[SAVE_WHY];
+    if (MazeGame_save(game, save_path, why)) {
+        return true;
+    }
+    tellunsaved("The game is not saved in maze_save.dat", why);
+    return false;
+}
+
+static void storestereo(Driver* driver)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%d", driver->stereo_mode);
+    config_set(&driver->config, "Stereo mode", text);
+    config_set_bool(&driver->config, "Swap stereo", driver->stereo_swap);
+    std::snprintf(text, sizeof text, "%.15g", driver->stereo_depth);
+    config_set(&driver->config, "Stereo Depth", text);
+}
+
+int driver_stop(Driver* driver)
+{
+    const bool gamesaved = savegame(&driver->game);
+    MazeGame_free(&driver->game); // display lists can only be deleted while the window is open
+    storestereo(driver);
+    const bool settingssaved = savesettings(&driver->config);
+    config_free(&driver->config);
+    gfx_close();
+    return gamesaved && settingssaved ? 0 : 1;
+}
+
+int driver_run(Driver* driver)
+{
+    const char* const wish = std::getenv("CORVANE_TIMES");
+    if (!driver_start(driver, wish != nullptr && std::strcmp(wish, "1") == 0)) {
+        return 0;
+    }
+    while (driver_frame(driver)) {
+    }
+    return driver_stop(driver);
+}

@@ -1,0 +1,48 @@
+// The driver: start-up, the frame loop as a list of named steps, exit.
+#pragma once
+
+#include "model/gamerec.h"
+#include "shell/camera.h"
+#include "shell/config.h"
+
+/// What the driver holds for the whole run. Lives in its caller; written by the routines below, but for
+/// the size wished for.
+struct Driver {
+    // Client size of a framed window in place of what the settings say, set before driver_start; never
+    // written to the settings. 0: as they say.
+    i32 wished_width = 0;
+    i32 wished_height = 0;
+
+    MazeGame game;
+    ConfigList config;
+    Camera camera;
+    i32 stereo_mode;
+    i32 stereo_swap;
+    f64 stereo_depth;
+    i32 hud_mode;
+    f64 last_time; // timer_now of the frame before
+    f64 dt;        // of the frame that runs
+    f64 focus[3];  // where the player was seen in this frame
+    bool first_swap_done;
+};
+
+/// Start-up, for the back end in use: settings, random seed, window, game, first pump. The seed is the
+/// settings' "Seed" if there is one (decimal, below 2^32; anything else there is told as a notice),
+/// otherwise the clock's milliseconds. A save file that is refused is told, and a new game starts.
+/// False if there is no size for a window: that is told on standard error, and nothing is open or
+/// held then. Fatal if the window can't be made.
+/// `times`, if set, prints how long each step took on standard error, up to the first swap.
+bool driver_start(Driver* driver, bool times);
+
+/// One frame, input of the last pump to the next pump. False when the loop must end, at once if the
+/// window has gone already.
+bool driver_frame(Driver* driver);
+
+/// Exit: saves the game, frees it, writes the settings, and closes the window if it is still open.
+/// Touches no GL function if the window was closed. Returns the exit code of the process: 1 if a file could not be written (which has then
+/// been told), else 0.
+int driver_stop(Driver* driver);
+
+/// The whole run: start, frames, exit. Returns the exit code, 0 if there was no size for a window. With
+/// CORVANE_TIMES=1 in the environment the times of the start are printed.
+int driver_run(Driver* driver);

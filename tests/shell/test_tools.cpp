@@ -1,0 +1,444 @@
+// The commands as their users see them: options, messages, exit codes, what they leave.
+#include "base/rnd.h"
+#include "tests/shell_session.h"
+
+#include <cmath>
+#include <set>
+
+static const char log_heading[] =
+    "frame\ttime\tdt\twidth\theight\tmaze\tnode\tstep_x\tstep_y\tstep_z\tviewpos_x\tviewpos_y\t"
+    "viewpos_z\tview_radius\tzoom\tyaw\tpitch\tcampos_x\tcampos_y\tcampos_z\tfirst_person\t"
+    "hud_mode\tplot_type\tvoronoi_on\tvoronoi_mode\tlandscape_on\tlight_on\tgrid_on\t"
+    "smooth_lines\tstereo_mode\tstereo_swap\tstereo_depth\tvisited";
+
+static Outcome play_in(const Folder& folder, const std::string& arguments)
+{
+    return run_in(folder, program("corvane-play") + " " + arguments);
+}
+
+static Outcome shot_in(const Folder& folder, const std::string& arguments)
+{
+    return run_in(folder, program("corvane-shot") + " " + arguments);
+}
+
+// One line, and only on standard error.
+static void expect_refusal(const Outcome& outcome, const std::string& tool, const std::string& part)
+{
+    EXPECT_EQ(outcome.code, 2) << outcome.err;
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err.rfind(tool + ": ", 0), 0U) << outcome.err;
+    EXPECT_EQ(cut(outcome.err, '\n').size(), 2U) << outcome.err;
+    EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err << " lacks " << part;
+}
+
+TEST(corvane_play, prints_its_help)
+{
+    const Folder folder;
+    const Outcome outcome = play_in(folder, "--help");
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.err, "");
+    for (const char* const part : {"--log", "--size", "--display", "--dt", "--frames", "press KEY",
+                                   "minimise", "shot FILE.png"}) {
+        EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
+    }
+    EXPECT_EQ(folder.names(), "");
+}
+
+TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
+{
+    const Folder side;
+    side.write("ok", "at 3 close\n");
+    const std::string ok = side.at("ok");
+    const struct {
+        std::string arguments, part;
+    } cases[] = {
+        {"", "which script"},
+        {ok + " --fly", "--fly"},
+        {ok + " " + ok, "one script"},
+        {ok + " --log", "--log needs a value"},
+        {ok + " --size 20", "--size"},
+        {ok + " --size 0x20", "--size"},
+        {ok + " --dt -1", "--dt"},
+        {ok + " --dt fast", "--dt"},
+        {ok + " --frames 0", "--frames"},
+        {ok + " --frames 1.5", "--frames"},
+        {ok + " --display 0,0", "--display"},
+        {ok + " --display 0,0,10x", "--display"},
+        {side.at("absent"), "no such file"},
+        {side.path.string(), side.path.string()},
+        {ok + " --log " + side.at("absent/log"), "log"},
+    };
+    for (const auto& one : cases) {
+        const Folder folder;
+        SCOPED_TRACE(one.arguments);
+        expect_refusal(play_in(folder, one.arguments), "corvane-play", one.part);
+        EXPECT_EQ(folder.names(), "");
+    }
+}
+
+TEST(corvane_play, refuses_a_bad_line_of_the_script_with_its_number)
+{
+    const struct {
+        const char *line, *part;
+    } cases[] = {
+        {"at 1 jump", "unknown action: jump"},
+        {"on 1 press W", "at FRAME ACTION"},
+        {"at 0 press W", "frame number"},
+        {"at one press W", "frame number"},
+        {"at 1", "at FRAME ACTION"},
+        {"at 1 press", "wrong number of words"},
+        {"at 1 press W S", "wrong number of words"},
+        {"at 1 press Hyper", "Hyper"},
+        {"at 1 hold F13", "F13"},
+        {"at 1 button left", "wrong number of words"},
+        {"at 1 button first down", "first"},
+        {"at 1 button left sideways", "sideways"},
+        {"at 1 wheel 2", "wheel"},
+        {"at 1 wheel 0", "wheel"},
+        {"at 1 mouse 1", "wrong number of words"},
+        {"at 1 mouse 1 y", "y"},
+        {"at 1 resize -1 5", "-1"},
+        {"at 1 move 1 b", "b"},
+        {"at 1 close now", "wrong number of words"},
+        {"at 1 shot", "shot"},
+        {"at 1 mouse 1 2 3 4 5 6 7 8", "too many words"},
+    };
+    for (const auto& one : cases) {
+        const Folder folder;
+        const Folder side;
+        side.write("script", std::string("# first\n\n") + one.line + "\nat 9 close\n");
+        SCOPED_TRACE(one.line);
+        const Outcome outcome = play_in(folder, side.at("script"));
+        expect_refusal(outcome, "corvane-play", one.part);
+        EXPECT_NE(outcome.err.find("script:3: "), std::string::npos) << outcome.err;
+        EXPECT_EQ(folder.names(), "");
+    }
+}
+
+TEST(corvane_play, refuses_a_script_that_nothing_ends)
+{
+    const Folder folder;
+    const Folder side;
+    side.write("script", "at 1 hold W\nat 5 release Q\n");
+    expect_refusal(play_in(folder, side.at("script")), "corvane-play", "nothing ends the run");
+}
+
+TEST(corvane_play, refuses_a_script_that_is_no_text)
+{
+    const Folder folder;
+    const Folder side;
+    side.write("script", std::string("at 1 close\0\n", 12));
+    expect_refusal(play_in(folder, side.at("script")), "corvane-play", "not a text file");
+}
+
+TEST(corvane_play, logs_a_line_a_frame_under_its_heading)
+{
+    const Folder folder;
+    const Folder side;
+    leave_line(folder);
+    side.write("script", "at 4 close # then no more\r\n");
+    const Outcome outcome =
+        play_in(folder, side.at("script") + " --size 64x48 --log " + side.at("log"));
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    const std::vector<std::string> lines = cut(side.read("log"), '\n');
+    ASSERT_EQ(lines.size(), 5U); // the last ends the text
+    EXPECT_EQ(lines[0], log_heading);
+    EXPECT_EQ(lines[1],
+              "1\t0.016666666666666666\t0.016666666666666666\t64\t48\t\t10\t0\t0\t0\t25\t0"
+              "\t0\t0.5\t25\t0\t0\t25\t0\t25\t0\t0\t0\t0\t5\t0\t0\t0\t1\t0\t0"
+              "\t0.050000000000000003\t0");
+}
+
+TEST(corvane_play, names_a_maze_by_the_nodes_from_the_root_down)
+{
+    const Folder folder;
+    Maze* const root = make_line(3, 2.5, 0.5);
+    Maze* const middle = make_line(5, 0.2, 0.05);
+    nest(root, 1, middle);
+    Maze* const inner = make_line(3, 0.02, 0.005);
+    nest(middle, 4, inner);
+    leave_world(folder, root, {inner, 2});
+    const Played played = play(folder, "at 2 close\n");
+    ASSERT_EQ(played.log.rows.size(), 1U);
+    EXPECT_EQ(played.log.rows[0].at("maze"), "1/4");
+    EXPECT_EQ(played.log.integer(0, "node"), 2);
+}
+
+TEST(corvane_play, ends_before_the_frame_of_escape_and_after_the_frames_asked_for)
+{
+    const Folder folder;
+    leave_line(folder);
+    EXPECT_EQ(play(folder, "at 7 press Escape\n").log.rows.size(), 6U);
+    EXPECT_EQ(play(folder, "at 7 press escape\n").log.rows.size(), 6U);
+    EXPECT_EQ(play(folder, "", "--size 64x48 --frames 4").log.rows.size(), 4U);
+    EXPECT_EQ(play(folder, "at 2 close\n", "--size 64x48 --frames 4").log.rows.size(), 1U);
+}
+
+TEST(corvane_play, takes_pictures_of_what_a_frame_shows)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played =
+        play(folder, "at 2 shot first.png\nat 3 resize 90 60\nat 3 shot second.png\n"
+                     "at 4 close\n");
+    EXPECT_EQ(played.outcome.code, 0) << played.outcome.err;
+    const Picture first = read_png(folder.at("first.png"));
+    EXPECT_EQ(first.width, 64U);
+    EXPECT_EQ(first.height, 48U);
+    EXPECT_GT(first.lit(), 20);
+    const Picture second = read_png(folder.at("second.png"));
+    EXPECT_EQ(second.width, 90U);
+    EXPECT_EQ(second.height, 60U);
+    EXPECT_GT(second.lit(), 20);
+}
+
+TEST(corvane_play, tells_a_picture_that_cannot_be_written)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played = play(folder, "at 2 shot nowhere/first.png\nat 4 close\n");
+    EXPECT_EQ(played.outcome.code, 2);
+    EXPECT_NE(played.outcome.err.find("nowhere/first.png"), std::string::npos);
+    EXPECT_EQ(played.log.rows.size(), 3U);
+}
+
+TEST(corvane_play, opens_864_by_648_on_one_display_if_nothing_else_is_said)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played = play(folder, "at 2 close\n", "");
+    EXPECT_EQ(played.log.integer(0, "width"), 864);
+    EXPECT_EQ(played.log.integer(0, "height"), 648);
+}
+
+TEST(corvane_play, claims_the_displays_asked_for)
+{
+    const Folder folder;
+    leave_line(folder);
+    folder.write("config.txt", "Windowed: N\nResolution: display 2\n");
+    const Played played = play(folder, "at 2 close\n", "--display 0,0,80x60 --display 80,-5,50x40");
+    EXPECT_EQ(played.outcome.code, 0) << played.outcome.err;
+    EXPECT_EQ(played.log.integer(0, "width"), 50);
+    EXPECT_EQ(played.log.integer(0, "height"), 40);
+}
+
+TEST(corvane_play, never_writes_the_size_to_the_settings)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played = play(folder, "at 2 close\n", "--size 70x50");
+    EXPECT_EQ(played.log.integer(0, "width"), 70);
+    EXPECT_EQ(setting(folder, "Resolution"), "auto");
+    EXPECT_EQ(setting(folder, "Windowed"), "Y");
+}
+
+TEST(corvane_play, steps_its_clock_by_what_is_asked)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played = play(folder, "at 5 close\n", "--size 64x48 --dt 0.5");
+    EXPECT_EQ(played.log.real(3, "time"), 2.0);
+    EXPECT_EQ(played.log.real(3, "dt"), 0.5);
+}
+
+TEST(corvane_play, gives_the_same_log_for_the_same_script)
+{
+    const Folder one;
+    const Folder two;
+    const std::string script = "at 1 hold Right\nat 9 hold Up\nat 20 press N\nat 40 close\n";
+    EXPECT_EQ(play(one, script).log.rows, play(two, script).log.rows);
+    EXPECT_EQ(one.read("maze_save.dat"), two.read("maze_save.dat"));
+}
+
+TEST(corvane_shot, prints_its_help)
+{
+    const Folder folder;
+    const Outcome outcome = shot_in(folder, "--help");
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.err, "");
+    for (const char* const part :
+         {"--world", "--seed", "--mode", "--kind", "--out", "--size", "--at", "--yaw", "--pitch",
+          "--zoom", "--first-person", "--clock", "--plot", "--trail"}) {
+        EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
+    }
+    EXPECT_EQ(folder.names(), "");
+}
+
+TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
+{
+    const Folder side;
+    leave_line(side);
+    side.write("bad", "no world");
+    const std::string world = "--world " + side.at("maze_save.dat");
+    const struct {
+        std::string arguments, part;
+    } cases[] = {
+        {"", "--world or --seed"},
+        {"--out a.png", "--world or --seed"},
+        {"--seed 1", "--out"},
+        {"--seed 1 --out", "--out needs a value"},
+        {"--seed -1 --out a.png", "--seed"},
+        {"--seed 4294967296 --out a.png", "--seed"},
+        {"--seed 1 --mode 3 --out a.png", "--mode"},
+        {"--seed 1 --kind 13 --out a.png", "--kind"},
+        {world + " --seed 1 --out a.png", "--world"},
+        {world + " --kind 1 --out a.png", "--world"},
+        {"--seed 1 --out a.png --size 10", "--size"},
+        {"--seed 1 --out a.png --yaw left", "--yaw"},
+        {"--seed 1 --out a.png --pitch down", "--pitch"},
+        {"--seed 1 --out a.png --zoom 0", "--zoom"},
+        {"--seed 1 --out a.png --zoom inf", "--zoom"},
+        {"--seed 1 --out a.png --clock noon", "--clock"},
+        {"--seed 1 --out a.png --trail -1", "--trail"},
+        {"--seed 1 --out a.png --plot gantries", "--plot takes discs"},
+        {"--seed 1 --out a.png --landscape", "unknown option --landscape"},
+        {"--seed 1 --out a.png --stereo 2", "unknown option --stereo"},
+        {"--seed 1 --out a.png more", "unknown option more"},
+        {world + " --out a.png --at 5", "PATH:NODE"},
+        {world + " --out a.png --at :", "PATH:NODE"},
+        {world + " --out a.png --at :5:", "PATH:NODE"},
+        {world + " --out a.png --at /:5", "PATH:NODE"},
+        {world + " --out a.png --at 1/:5", "PATH:NODE"},
+        {world + " --out a.png --at :20", "20 nodes"},
+        {world + " --out a.png --at 3:0", "node 3 holds no submaze"},
+        {world + " --out a.png --at 99:0", "node 99 holds no submaze"},
+        {"--world " + side.at("absent") + " --out a.png", "no such file"},
+        {"--world " + side.at("bad") + " --out a.png", side.at("bad")},
+        {world + " --out nowhere/a.png", "nowhere/a.png"},
+    };
+    for (const auto& one : cases) {
+        const Folder folder;
+        SCOPED_TRACE(one.arguments);
+        expect_refusal(shot_in(folder, one.arguments), "corvane-shot", one.part);
+        EXPECT_EQ(folder.names(), "");
+    }
+    EXPECT_EQ(side.names(), "bad maze_save.dat"); // nothing was set aside
+}
+
+TEST(corvane_shot, draws_a_new_world_in_the_size_asked_for_and_writes_nothing_else)
+{
+    const Folder folder;
+    const Outcome outcome = shot_in(folder, "--seed 5 --out a.png --size 120x90");
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(folder.names(), "a.png");
+    const Picture picture = read_png(folder.at("a.png"));
+    EXPECT_EQ(picture.width, 120U);
+    EXPECT_EQ(picture.height, 90U);
+    EXPECT_GT(picture.lit(), 100);
+}
+
+TEST(corvane_shot, draws_the_same_picture_from_the_same_arguments)
+{
+    const Folder folder;
+    shot_in(folder, "--seed 5 --out a.png --size 120x90");
+    shot_in(folder, "--seed 5 --out b.png --size 120x90");
+    shot_in(folder, "--seed 6 --out c.png --size 120x90");
+    EXPECT_EQ(folder.read("a.png"), folder.read("b.png"));
+    EXPECT_NE(folder.read("a.png"), folder.read("c.png"));
+}
+
+TEST(corvane_shot, shows_a_saved_world_as_its_next_start_does)
+{
+    const Folder folder;
+    leave_line(folder);
+    const std::string world = "--world maze_save.dat --size 64x48";
+    EXPECT_EQ(shot_in(folder, world + " --clock 0.016666666666666666 --out a.png").code, 0);
+    play(folder, "at 1 shot b.png\nat 2 close\n");
+    EXPECT_EQ(read_png(folder.at("a.png")).rgb, read_png(folder.at("b.png")).rgb);
+}
+
+// A picture of the line world, seen from node 10 if nothing else is said.
+static Picture line_picture(const Folder& folder, const std::string& options)
+{
+    const Outcome outcome =
+        shot_in(folder, "--world maze_save.dat --out a.png --size 96x72 --clock 1000 " + options);
+    EXPECT_EQ(outcome.code, 0) << options << ": " << outcome.err;
+    return read_png(folder.at("a.png"));
+}
+
+TEST(corvane_shot, places_the_player_and_its_view)
+{
+    const Folder folder;
+    leave_line(folder);
+    const std::vector<u8> plain = line_picture(folder, "").rgb;
+    EXPECT_EQ(line_picture(folder, "--at :10").rgb, plain);
+    for (const char* const option :
+         {"--at :0", "--yaw 0.6", "--zoom 2", "--first-person", "--trail 3"}) {
+        EXPECT_NE(line_picture(folder, option).rgb, plain) << option;
+    }
+    const std::vector<u8> turned = line_picture(folder, "--yaw 0.6").rgb;
+    EXPECT_NE(line_picture(folder, "--yaw 0.6 --pitch -1").rgb, turned);
+    EXPECT_EQ(line_picture(folder, "--zoom 1 --yaw 0 --pitch 0 --plot discs --trail 0").rgb, plain);
+}
+
+// How many columns of a picture hold a lit pixel.
+static i32 lit_columns(const Picture& picture)
+{
+    std::set<size_t> columns;
+    for (size_t i = 0; i < picture.rgb.size(); i++) {
+        if (picture.rgb[i] != 0) {
+            columns.insert(i / 3 % picture.width);
+        }
+    }
+    return static_cast<i32>(columns.size());
+}
+
+TEST(corvane_shot, puts_the_eye_at_its_goal_by_the_zoom)
+{
+    const Folder folder;
+    leave_line(folder);
+    // At a distance d the 96 columns show 2 d. The line goes 25.5 to the left, and 23 to the right.
+    // An odd height has a row of pixels on the line, however thin it is.
+    EXPECT_NEAR(lit_columns(line_picture(folder, "")), 48 + 48 * 23 / 25.0, 2);
+    EXPECT_NEAR(lit_columns(line_picture(folder, "--zoom 4 --size 96x73")), 96 * 48.5 / 200, 2);
+}
+
+TEST(corvane_shot, holds_the_pitch_to_its_limits)
+{
+    const Folder folder;
+    leave_line(folder);
+    const std::string turned = "--yaw 0.6 --pitch ";
+    EXPECT_EQ(line_picture(folder, turned + "1").rgb, line_picture(folder, turned + "0").rgb);
+    EXPECT_EQ(line_picture(folder, turned + "-3.2").rgb,
+              line_picture(folder, turned + "-3.141592653589793").rgb);
+}
+
+TEST(corvane_shot, stands_on_a_node_of_a_submaze_by_its_path)
+{
+    const Folder folder;
+    Maze* const root = make_line(3, 2.5, 0.5);
+    Maze* const middle = make_line(5, 0.2, 0.05);
+    nest(root, 1, middle);
+    leave_world(folder, root, {root, 0});
+    const std::vector<u8> outer = line_picture(folder, "").rgb;
+    EXPECT_NE(line_picture(folder, "--at 1:4").rgb, outer);
+    expect_refusal(shot_in(folder, "--world maze_save.dat --out b.png --at :1"), "corvane-shot",
+                   "holds a submaze");
+}
+
+TEST(corvane_shot, walks_a_trail_that_shows_its_age)
+{
+    const Folder folder;
+    leave_line(folder, 20, 0);
+    MazeGame game;
+    std::string why(SAVE_WHY, 0);
+    ASSERT_EQ(MazeGame_load(&game, folder.at("maze_save.dat").c_str(), why.data()), SAVE_LOADED);
+    game.showtrail = 1;
+    game.showexits = 0;
+    ASSERT_TRUE(MazeGame_save(&game, folder.at("maze_save.dat").c_str(), why.data()));
+    MazeGame_free(&game);
+    // From node 0 the line leads one way only, so ten steps end on node 10.
+    const Picture walked = line_picture(folder, "--trail 10");
+    const Picture unwalked = line_picture(folder, "--at :10");
+    ASSERT_EQ(walked.rgb.size(), unwalked.rgb.size());
+    long brighter_left = 0;
+    long changed_right = 0;
+    for (size_t i = 0; i < walked.rgb.size(); i++) {
+        const size_t x = i / 3 % walked.width;
+        const i32 more = walked.rgb[i] - unwalked.rgb[i];
+        brighter_left += x < 40 && more > 0 ? 1 : 0;
+        changed_right += x > 56 && more != 0 ? 1 : 0;
+    }
+    EXPECT_GT(brighter_left, 100);
+    EXPECT_EQ(changed_right, 0);
+}

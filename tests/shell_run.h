@@ -1,0 +1,208 @@
+// Runs of the programs in folders of their own, and what they leave: logs, pictures, files.
+#pragma once
+
+#include "base/types.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <png.h>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+// A new folder that goes with its record.
+struct Folder {
+    std::filesystem::path path;
+
+    Folder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "corvane_XXXXXX").string();
+        path = mkdtemp(name.data()) != nullptr ? name : "";
+        EXPECT_FALSE(path.empty());
+    }
+    ~Folder()
+    {
+        std::error_code error;
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all, error);
+        std::filesystem::remove_all(path, error);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    std::string at(const std::string& name) const
+    {
+        return (path / name).string();
+    }
+    bool has(const std::string& name) const
+    {
+        return std::filesystem::exists(path / name);
+    }
+    std::string read(const std::string& name) const
+    {
+        std::ifstream file(path / name, std::ios::binary);
+        std::stringstream text;
+        text << file.rdbuf();
+        return text.str();
+    }
+    void write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(path / name, std::ios::binary) << text;
+    }
+    // All names, in order, joined by blanks.
+    std::string names() const
+    {
+        std::map<std::string, int> found;
+        for (const auto& entry : std::filesystem::directory_iterator(path)) {
+            found[entry.path().filename().string()] = 1;
+        }
+        std::string joined;
+        for (const auto& [name, unused] : found) {
+            joined += (joined.empty() ? "" : " ") + name;
+        }
+        return joined;
+    }
+};
+
+struct Outcome {
+    int code; // exit code, or 128 and the signal
+    std::string out, err;
+};
+
+// Runs a shell command in a folder.
+inline Outcome run_in(const Folder& folder, const std::string& command)
+{
+    const Folder side;
+    const std::string whole = "cd '" + folder.path.string() + "' && ( " + command + " ) >'" +
+                              side.at("out") + "' 2>'" + side.at("err") + "' </dev/null";
+    const int status = std::system(whole.c_str());
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return {code, side.read("out"), side.read("err")};
+}
+
+inline std::string program(const std::string& name)
+{
+    return std::string(CORVANE_BIN_DIR) + "/" + name;
+}
+
+// A log of corvane-play by columns.
+struct Log {
+    std::vector<std::string> columns;
+    std::vector<std::map<std::string, std::string>> rows;
+
+    f64 real(size_t row, const std::string& column) const
+    {
+        return std::strtod(rows.at(row).at(column).c_str(), nullptr);
+    }
+    i32 integer(size_t row, const std::string& column) const
+    {
+        return std::atoi(rows.at(row).at(column).c_str());
+    }
+};
+
+inline std::vector<std::string> cut(const std::string& text, char separator)
+{
+    std::vector<std::string> parts;
+    size_t begin = 0;
+    for (size_t end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find(separator, begin);
+        parts.push_back(text.substr(begin, end - begin));
+        if (end == std::string::npos) {
+            break;
+        }
+    }
+    return parts;
+}
+
+inline Log parse_log(const std::string& text)
+{
+    Log log;
+    const std::vector<std::string> lines = cut(text, '\n');
+    log.columns = cut(lines.at(0), '\t');
+    for (size_t i = 1; i < lines.size(); i++) {
+        if (lines[i].empty()) {
+            continue;
+        }
+        const std::vector<std::string> fields = cut(lines[i], '\t');
+        EXPECT_EQ(fields.size(), log.columns.size());
+        std::map<std::string, std::string> row;
+        for (size_t j = 0; j < fields.size() && j < log.columns.size(); j++) {
+            row[log.columns[j]] = fields[j];
+        }
+        log.rows.push_back(row);
+    }
+    return log;
+}
+
+struct Played {
+    Outcome outcome;
+    Log log;
+};
+
+// Plays a script in a folder, with a small window unless the options say otherwise; script and log
+// stand elsewhere. `prefix` is put before the program's name.
+inline Played play(const Folder& folder, const std::string& script,
+                   const std::string& options = "--size 64x48", const std::string& prefix = "")
+{
+    const Folder side;
+    side.write("script", script);
+    const std::string command = prefix + " " + program("corvane-play") + " " + side.at("script") +
+                                " --log " + side.at("log") + " " + options;
+    Played played;
+    played.outcome = run_in(folder, command);
+    const std::string log = side.read("log");
+    if (!log.empty()) {
+        played.log = parse_log(log);
+    }
+    return played;
+}
+
+// A picture, 3 bytes a pixel, rows from the top.
+struct Picture {
+    u32 width = 0, height = 0;
+    std::vector<u8> rgb;
+
+    // The number of pixels that aren't black.
+    i32 lit() const
+    {
+        i32 count = 0;
+        for (size_t i = 0; i + 2 < rgb.size(); i += 3) {
+            count += rgb[i] != 0 || rgb[i + 1] != 0 || rgb[i + 2] != 0 ? 1 : 0;
+        }
+        return count;
+    }
+};
+
+inline Picture read_png(const std::string& path)
+{
+    Picture picture;
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    if (png_image_begin_read_from_file(&image, path.c_str()) == 0) {
+        ADD_FAILURE() << path << ": " << image.message;
+        return picture;
+    }
+    image.format = PNG_FORMAT_RGB;
+    picture.width = image.width;
+    picture.height = image.height;
+    picture.rgb.resize(PNG_IMAGE_SIZE(image));
+    EXPECT_NE(png_image_finish_read(&image, nullptr, picture.rgb.data(), 0, nullptr), 0);
+    return picture;
+}
+
+// The value of the line of a settings file whose key begins with `key`; "(none)" without one.
+inline std::string setting(const Folder& folder, const std::string& key)
+{
+    for (const std::string& line : cut(folder.read("config.txt"), '\n')) {
+        const size_t colon = line.find(':');
+        if (line.rfind(key, 0) == 0 && colon != std::string::npos) {
+            return line.substr(colon + 2);
+        }
+    }
+    return "(none)";
+}

@@ -1,0 +1,468 @@
+// corvane-shot: one picture of a world to a PNG, drawn off screen. Writes nothing else.
+#include "base/report.h"
+#include "base/rnd.h"
+#include "base/wholefile.h"
+#include "generate/makemaze.h"
+#include "gfx/gfx_opengl.h"
+#include "gfx/gl/shaderprocs.h"
+#include "gfx/platform/scripted.h"
+#include "gfx/projection.h"
+#include "gfx/screenshot.h"
+#include "model/mazegame.h"
+#include "model/savefile.h"
+#include "scene/scene.h"
+#include "scene/view.h"
+#include "shell/camera.h"
+#include "shell/numbers.h"
+
+#include <GL/gl.h>
+
+#include <cassert>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+static const char help_text[] =
+    "corvane-shot (--world FILE | --seed S) --out FILE [OPTION ...]\n"
+    "Draws one picture of a world to a PNG and writes nothing else. The exit code is 2 for a bad\n"
+    "argument or file.\n"
+    "\n"
+    "  --world FILE     a save file of the game\n"
+    "  --seed S         a new world from this seed, 0 to 4294967295\n"
+    "  --mode M         which new world: 0 (if left out), 1, 2\n"
+    "  --kind K         0 to 12: the kind of base maze in place of the one drawn\n"
+    "  --out FILE       the picture\n"
+    "  --size WxH       its size in pixels, 864x648 if left out\n"
+    "  --at PATH:NODE   where the player stands: node numbers from the root down, as 1/17:3;\n"
+    "                   :3 is node 3 of the root\n"
+    "  --yaw A          view angles in radians, 0 if left out; pitch is held to -pi (straight up)\n"
+    "  --pitch A        to 0 (straight down)\n"
+    "  --zoom F         distance of the eye, times that at the start of a game\n"
+    "  --first-person   the eye at the player's place\n"
+    "  --clock T        time of the game in seconds; by it what has been walked has its age\n"
+    "  --plot STYLE     discs\n"
+    "  --trail N        walk N steps first, each to the exit walked least recently, one a second "
+    "up\n"
+    "                   to the clock's time; steps before time 0 leave no trace\n"
+    "  --help           this text\n";
+
+enum { EXIT_BAD = 2, MAXTRAIL = 100000000 };
+
+struct Options {
+    const char* world;
+    const char* out;
+    const char* at;
+    bool seeded;
+    u32 seed;
+    bool mode_given, kind_given;
+    i32 mode, kind;
+    i32 width, height;
+    f64 yaw, pitch, zoom;
+    bool first_person;
+    bool clock_given;
+    f64 clock;
+    i32 trail;
+};
+
+static bool bad(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Tells what is wrong in one line; false for the caller to pass on.
+static bool bad(const char* format, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::fputs("corvane-shot: ", stderr);
+    std::vfprintf(stderr, format, arguments);
+    std::fputc('\n', stderr);
+    va_end(arguments);
+    return false;
+}
+
+// The options: each routine takes the option's value, or null for one that has none.
+
+static bool takeworld(Options* options, const char* value)
+{
+    options->world = value;
+    return true;
+}
+
+static bool takeout(Options* options, const char* value)
+{
+    options->out = value;
+    return true;
+}
+
+static bool takeat(Options* options, const char* value)
+{
+    options->at = value;
+    return true;
+}
+
+static bool takeseed(Options* options, const char* value)
+{
+    options->seeded = true;
+    return number_u32(value, &options->seed) ||
+           bad("--seed takes a number from 0 to 4294967295, not '%s'", value);
+}
+
+static bool takemode(Options* options, const char* value)
+{
+    options->mode_given = true;
+    return number_i32(value, 0, 2, &options->mode) ||
+           bad("--mode takes 0, 1 or 2, not '%s'", value);
+}
+
+static bool takekind(Options* options, const char* value)
+{
+    options->kind_given = true;
+    return number_i32(value, 0, MAKEMAZE_KINDS - 1, &options->kind) ||
+           bad("--kind takes a number from 0 to %d, not '%s'", MAKEMAZE_KINDS - 1, value);
+}
+
+static bool takesize(Options* options, const char* value)
+{
+    return number_size(value, &options->width, &options->height) ||
+           bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
+}
+
+static bool takeyaw(Options* options, const char* value)
+{
+    return number_f64(value, &options->yaw) || bad("--yaw takes radians, not '%s'", value);
+}
+
+static bool takepitch(Options* options, const char* value)
+{
+    return number_f64(value, &options->pitch) || bad("--pitch takes radians, not '%s'", value);
+}
+
+static bool takezoom(Options* options, const char* value)
+{
+    return (number_f64(value, &options->zoom) && options->zoom > 0) ||
+           bad("--zoom takes a factor above 0, not '%s'", value);
+}
+
+static bool takefirstperson(Options* options, const char* /*value*/)
+{
+    options->first_person = true;
+    return true;
+}
+
+static bool takeclock(Options* options, const char* value)
+{
+    options->clock_given = true;
+    return number_f64(value, &options->clock) || bad("--clock takes seconds, not '%s'", value);
+}
+
+static bool taketrail(Options* options, const char* value)
+{
+    return number_i32(value, 0, MAXTRAIL, &options->trail) ||
+           bad("--trail takes a number of steps, not '%s'", value);
+}
+
+static bool takeplot(Options* /*options*/, const char* value)
+{
+    return std::strcmp(value, "discs") == 0 || bad("--plot takes discs, not '%s'", value);
+}
+
+static const struct OptionForm {
+    const char* name;
+    bool hasvalue;
+    bool (*take)(Options* options, const char* value);
+} option_forms[] = {
+    {"--world", true, takeworld},
+    {"--seed", true, takeseed},
+    {"--mode", true, takemode},
+    {"--kind", true, takekind},
+    {"--out", true, takeout},
+    {"--size", true, takesize},
+    {"--at", true, takeat},
+    {"--yaw", true, takeyaw},
+    {"--pitch", true, takepitch},
+    {"--zoom", true, takezoom},
+    {"--first-person", false, takefirstperson},
+    {"--clock", true, takeclock},
+    {"--plot", true, takeplot},
+    {"--trail", true, taketrail},
+};
+
+static const OptionForm* findoption(const char* name)
+{
+    for (const OptionForm& form : option_forms) {
+        if (std::strcmp(name, form.name) == 0) {
+            return &form;
+        }
+    }
+    return nullptr;
+}
+
+static bool fitstogether(const Options* options)
+{
+    if (options->world == nullptr && !options->seeded) {
+        return bad("which world? --world or --seed (--help tells more)");
+    }
+    if (options->world != nullptr &&
+        (options->seeded || options->mode_given || options->kind_given)) {
+        return bad("--seed, --mode and --kind make a new world, --world brings its own");
+    }
+    return options->out != nullptr || bad("where to? --out (--help tells more)");
+}
+
+static bool readarguments(Options* options, int argc, char** argv)
+{
+    for (int i = 1; i < argc; i++) { // in the order given
+        const OptionForm* const form = findoption(argv[i]);
+        if (form == nullptr) {
+            return bad("unknown option %s (--help lists them)", argv[i]);
+        }
+        if (form->hasvalue && i + 1 == argc) {
+            return bad("%s needs a value", argv[i]);
+        }
+        if (!form->take(options, form->hasvalue ? argv[i + 1] : nullptr)) {
+            return false;
+        }
+        i += form->hasvalue ? 1 : 0;
+    }
+    return fitstogether(options);
+}
+
+// The world
+
+// Loads a save without setting a bad one aside, as the game does.
+static bool loadworld(MazeGame* game, const char* path)
+{
+    char why[SAVE_WHY];
+    u8* bytes = nullptr;
+    size_t size = 0;
+    const WholeFileRead outcome = wholefile_read(path, &bytes, &size, why);
+    if (outcome == WHOLEFILE_MISSING) {
+        return bad("%s: there is no such file", path);
+    }
+    if (outcome == WHOLEFILE_UNREADABLE) {
+        return bad("%s: %s", path, why);
+    }
+    const bool sound = savefile_check(bytes, size, why);
+    if (sound) {
+        savefile_build(game, bytes, size);
+    } else {
+        bad("%s: %s", path, why);
+    }
+    std::free(bytes);
+    return sound;
+}
+
+static bool makeworld(MazeGame* game, const Options* options)
+{
+    if (options->world != nullptr) {
+        return loadworld(game, options->world);
+    }
+    rnd_seed(options->seed);
+    makemaze_forced_kind = options->kind_given ? options->kind : -1;
+    MazeGame_new(game, options->mode);
+    return true;
+}
+
+// Reads a node number and moves to what ends it.
+static bool readnode(const char** at, i32* node)
+{
+    char digits[12];
+    const size_t length = std::strcspn(*at, "/:");
+    if (length >= sizeof digits) {
+        return false;
+    }
+    std::memcpy(digits, *at, length);
+    digits[length] = 0;
+    *at += length;
+    return number_i32(digits, 0, INT32_MAX, node);
+}
+
+// Goes down one level of a path.
+static bool godown(Maze** maze, i32 node, const char* path)
+{
+    if (node >= Maze_count(*maze) || Maze_node(*maze, node)->sub == nullptr) {
+        return bad("--at %s: node %d holds no submaze", path, node);
+    }
+    *maze = Maze_node(*maze, node)->sub;
+    return true;
+}
+
+static bool badplace(const char* path)
+{
+    return bad("--at takes PATH:NODE, as 1/17:3 or :3, not '%s'", path);
+}
+
+// Goes down the levels named before the colon and leaves `*at` behind it.
+static bool followpath(const char* path, const char** at, Maze** maze)
+{
+    const char* const colon = std::strchr(path, ':');
+    if (colon == nullptr) {
+        return badplace(path);
+    }
+    *at = path;
+    while (*at < colon) { // from the root down
+        i32 node = 0;
+        if (!readnode(at, &node) || (**at == '/' && *at + 1 == colon)) {
+            return badplace(path);
+        }
+        if (!godown(maze, node, path)) {
+            return false;
+        }
+        *at += **at == '/' ? 1 : 0;
+    }
+    *at = colon + 1;
+    return true;
+}
+
+static bool standat(MazeGame* game, const char* path)
+{
+    Maze* maze = game->root;
+    assert(maze != nullptr);
+    const char* at = path;
+    i32 node = 0;
+    if (!followpath(path, &at, &maze)) {
+        return false;
+    }
+    if (!readnode(&at, &node) || *at != 0) {
+        return badplace(path);
+    }
+    if (node >= Maze_count(maze)) {
+        return bad("--at %s: the level has %d nodes, from 0 on", path, Maze_count(maze));
+    }
+    if (Maze_node(maze, node)->sub != nullptr) {
+        return bad("--at %s: the node holds a submaze, so nobody stands there", path);
+    }
+    game->pos = {.maze = maze, .node = node};
+    for (i32 i = 2; i >= 0; i--) {
+        game->step[i] = 0;
+    }
+    return true;
+}
+
+// The exit walked least recently, the lowest of equal ones; all that were never walked are equal.
+static i32 stalestexit(const VisitRec* recs, i32 count)
+{
+    i32 best = 0;
+    for (i32 i = 1; i < count; i++) { // the lowest number wins a tie
+        if (std::fmax(recs[i].walked, -1.0) < std::fmax(recs[best].walked, -1.0)) {
+            best = i;
+        }
+    }
+    return best;
+}
+
+static void walktrail(MazeGame* game, i32 steps)
+{
+    Pos exits[POS_MAXEDGES];
+    VisitRec recs[POS_MAXEDGES];
+    for (i32 i = 1; i <= steps; i++) { // in the order walked
+        const i32 count = Pos_alledges(game->pos, exits, recs);
+        if (count == 0) {
+            return;
+        }
+        const Pos to = exits[stalestexit(recs, count)];
+        Pos_markwalked(game->pos, to, game->time - (steps - i));
+        game->pos = to;
+    }
+}
+
+static bool setscene(MazeGame* game, const Options* options)
+{
+    if (options->at != nullptr && !standat(game, options->at)) {
+        return false;
+    }
+    if (options->clock_given) {
+        game->time = options->clock;
+    }
+    walktrail(game, options->trail);
+    return true;
+}
+
+// The picture
+
+// Turns the view and puts the eye at its goal.
+static void aim(MazeGame* game, const Options* options)
+{
+    Camera camera;
+    MazeGame_startcamera(game);
+    game->zoom = zoom_held(game->zoom * options->zoom, game->zoom);
+    Camera_init(&camera, game);
+    camera.yaw = options->yaw;
+    camera.pitch = options->pitch;
+    camera.first_person = options->first_person ? 1 : 0;
+    f64 movement[3];
+    Camera_steer(&camera, game, 0, movement);
+    f64 focus[3];
+    MazeGame_viewpos(focus, game);
+    Camera_eye(&camera, game, 1, focus);
+}
+
+static bool drawpicture(MazeGame* game, const Options* options)
+{
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glLoadIdentity();
+    MazeGame_applyview(game);
+    scene_draw(game);
+    glFinish();
+    char why[WHOLEFILE_WHY];
+    u8* const rgb = picture_read(gfx_width, gfx_height);
+    const bool written = picture_write_png(options->out, rgb, gfx_width, gfx_height, why);
+    std::free(rgb);
+    return written || bad("%s: %s", options->out, why);
+}
+
+static void opencanvas(const Options* options)
+{
+    report_fatal_wait = 0; // nobody reads along
+    warnings_to_file = 0;
+    shader_log_path = nullptr;
+    platform_use(&platform_scripted);
+    scripted_reset();
+    windowed = true;
+    gfx_ortho_mode = 0;
+    gfx_open(options->width, options->height, "Corvane");
+    view_install();
+}
+
+static bool makepicture(const Options* options)
+{
+    MazeGame game = {};
+    opencanvas(options);
+    bool done = makeworld(&game, options);
+    if (done) {
+        done = setscene(&game, options);
+        if (done) {
+            aim(&game, options);
+            done = drawpicture(&game, options);
+        }
+        MazeGame_free(&game);
+    }
+    gfx_close();
+    return done;
+}
+
+static bool wantshelp(int argc, char** argv)
+{
+    for (int i = argc - 1; i >= 1; i--) {
+        if (std::strcmp(argv[i], "--help") == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int main(int argc, char** argv)
+{
+    if (wantshelp(argc, argv)) {
+        std::fputs(help_text, stdout);
+        return 0;
+    }
+    Options options = {};
+    options.width = 864;
+    options.height = 648;
+    options.zoom = 1;
+    if (!readarguments(&options, argc, argv) || !makepicture(&options)) {
+        return EXIT_BAD;
+    }
+    return 0;
+}
