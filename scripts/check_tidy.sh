@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# check_tidy.sh BUILDDIR [FOLDER...]: fails if clang-tidy finds fault with a source file in the folders,
+# which are those of the programs if none is named. BUILDDIR holds the compile commands.
+set -euo pipefail
+build=$(realpath "$1")
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+shift
+if [ $# -eq 0 ]; then
+    set -- src tools
+fi
+
+tidy=$(command -v clang-tidy-14 || command -v clang-tidy || true)
+if [ -z "$tidy" ]; then
+    echo "clang-tidy is not installed" >&2
+    exit 1
+fi
+mapfile -t files < <(find "$@" -name '*.cpp' | sort)
+if [ ${#files[@]} -eq 0 ]; then
+    echo "no source file was found" >&2
+    exit 1
+fi
+# asserts stay in: they tell the analyser what holds
+if ! printf '%s\0' "${files[@]}" | xargs -0 -P "$(nproc)" -n 1 \
+    "$tidy" -p "$build" --quiet --extra-arg=-UNDEBUG \
+    --extra-arg=-Wno-unknown-warning-option --warnings-as-errors='*'; then
+    echo "clang-tidy found fault" >&2
+    exit 1
+fi
+echo "${#files[@]} files are clean"

@@ -1,0 +1,106 @@
+# Installs Debian packages that are missing. Sourced by run.sh and test.sh.
+# shellcheck shell=bash
+
+# What building and running the programs takes. a|b: either will do, the first is installed.
+packages_build=(g++ cmake ninja-build pkg-config libsdl2-dev libegl-dev libgl-dev libopengl-dev
+    libpng-dev libgl1-mesa-dri libegl-mesa0 x11-utils)
+# What the tests take beyond that. The layout of the sources is checked as version 14 sees it.
+packages_test=(libgtest-dev libbenchmark-dev 'clang-format-14|clang-format' 'clang-tidy-14|clang-tidy'
+    shellcheck glslang-tools xvfb openbox xdotool wmctrl strace)
+
+package_installed() {
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# The packages of the list given that are not installed, one a line, as they stand in the list.
+packages_missing() {
+    local wanted name
+    for wanted; do
+        for name in ${wanted//|/ }; do
+            if package_installed "$name"; then
+                continue 2
+            fi
+        done
+        echo "$wanted"
+    done
+}
+
+# apt-get as root; packages ask nothing.
+packages_apt() {
+    local command=(env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 "$@")
+    if [ "$(id -u)" -ne 0 ]; then
+        command=(sudo "${command[@]}")
+    fi
+    "${command[@]}"
+}
+
+# Of the alternatives a|b the first that the package lists know.
+package_choice() {
+    local name
+    for name in ${1//|/ }; do
+        if apt-cache show "$name" >/dev/null 2>&1; then
+            echo "$name"
+            return
+        fi
+    done
+    echo "${1%%|*}"
+}
+
+# Elsewhere than on Debian and Ubuntu: goes on if what the packages hold is there, else says what is
+# needed and ends the script.
+packages_elsewhere() {
+    local lacking=() name
+    for name in c++ cmake ninja pkg-config; do
+        command -v "$name" >/dev/null || lacking+=("$name")
+    done
+    for name in sdl2 egl gl opengl libpng; do
+        pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
+    done
+    if [ "$1" = test ]; then
+        for name in clang-format clang-tidy shellcheck glslangValidator Xvfb openbox xdotool wmctrl \
+            strace; do
+            command -v "$name" >/dev/null || lacking+=("$name")
+        done
+        for name in gtest benchmark; do
+            pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
+        done
+    fi
+    if [ ${#lacking[@]} -gt 0 ]; then
+        {
+            echo "This system has no apt-get, so nothing can be installed here. Please install:"
+            printf '    %s\n' "${lacking[@]}"
+            echo "and start this script again. It also takes a driver for OpenGL 2.0 or later."
+        } >&2
+        exit 1
+    fi
+}
+
+# packages_install build|test: installs what is missing for it, or ends the script with code 1.
+# apt-get runs only if something is missing.
+packages_install() {
+    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+        packages_elsewhere "$1"
+        return
+    fi
+    local wanted=("${packages_build[@]}") missing chosen=() name
+    if [ "$1" = test ]; then
+        wanted+=("${packages_test[@]}")
+    fi
+    mapfile -t missing < <(packages_missing "${wanted[@]}")
+    if [ ${#missing[@]} -eq 0 ]; then
+        return
+    fi
+    echo "Installing ${missing[*]}"
+    if [ "$(id -u)" -ne 0 ] && ! command -v sudo >/dev/null; then
+        echo "These packages are missing, and there is no sudo: please install them as root." >&2
+        exit 1
+    fi
+    packages_apt update || echo "The package lists could not be renewed; going on with the old ones." >&2
+    for name in "${missing[@]}"; do
+        chosen+=("$(package_choice "$name")")
+    done
+    if ! packages_apt install -y --no-install-recommends "${chosen[@]}"; then
+        echo "These packages could not be installed: ${chosen[*]}" >&2
+        exit 1
+    fi
+}

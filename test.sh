@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Installs what the tests need, builds everything, and runs all tests: first under the sanitizers,
+# then the release build with the checks of the sources and the window tests.
+# Ends with CTest's summary; the exit code is 0 only if every test of both runs passed.
+#   --tidy   checks tests and benchmarks with clang-tidy as well, which takes long
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+. scripts/packages.sh
+. scripts/build.sh
+
+if [ $# -gt 1 ] || [ "${1:---tidy}" != --tidy ]; then
+    echo "usage: ./test.sh [--tidy]" >&2
+    exit 2
+fi
+
+# run_tests PRESET
+run_tests() {
+    ctest --test-dir "build/$1" --output-on-failure --no-tests=error --parallel "$(nproc)"
+}
+
+code=0
+fail() {
+    code=1
+    trap 'echo "Not all has passed: $reason; see further up." >&2' EXIT
+    reason=$1
+}
+
+packages_install test
+build_all asan
+build_all release
+if [ "${1:-}" = --tidy ]; then
+    scripts/check_tidy.sh build/release tests bench || fail "clang-tidy found fault with tests or benchmarks"
+fi
+run_tests asan || fail "tests failed under the sanitizers"
+run_tests release || code=1
+exit $code

@@ -1,0 +1,78 @@
+// A display of one's own: a virtual X server with a window manager, real key and pointer events, and
+// what stands on the screen. Every failure throws std::runtime_error with a text that says what was
+// wanted.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+struct Spawn {
+    std::vector<std::string> words; // the program and its arguments
+    std::string folder;             // where it runs
+    std::string display = "";       // DISPLAY; empty: none is set
+    std::string out, err;           // files that take what it prints
+    int passed_fd = -1;             // a descriptor that it may use
+};
+
+/// Starts a process that dies with this one. Returns its id.
+pid_t spawn(const Spawn& what);
+
+/// Waits at most `seconds` for the end of a process. Returns its exit code, 128 + the signal that
+/// ended it, or -1 if it still runs.
+int wait_for_end(pid_t process, double seconds);
+
+/// Asks until the answer is yes, at most `seconds` long. Returns the last answer.
+bool wait_until(double seconds, const std::function<bool()>& question);
+
+void sleep_for(double seconds);
+std::string file_text(const std::string& path); // empty if it can't be read
+bool file_exists(const std::string& path);
+
+struct Size {
+    int width, height;
+    bool operator==(const Size&) const = default;
+};
+
+class Desktop
+{
+  public:
+    Desktop();
+    ~Desktop();
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+    /// Runs a shell command against this display. Returns what it printed; throws if it failed.
+    std::string run(const std::string& command) const;
+    /// The same, but a failure is only told: false.
+    bool tried(const std::string& command) const;
+
+    /// The client pixels of a window, as 0xRRGGBB from its upper left corner, as they stand now.
+    std::vector<std::uint32_t> pixels(const std::string& window) const;
+    /// How many different colours a window shows.
+    size_t colours(const std::string& window) const;
+    Size client_size(const std::string& window) const;
+
+    static constexpr Size screen = {1280, 1000};
+    const std::string& display() const
+    {
+        return name;
+    }
+    const std::string& folder() const
+    {
+        return place;
+    }
+
+  private:
+    void find_tools() const;
+    void start_server();
+    void start_manager();
+
+    std::string place; // a folder of its own, removed at the end
+    std::string name;  // ":7"
+    pid_t server = -1;
+    pid_t manager = -1;
+};
