@@ -286,11 +286,19 @@ static void point(const PlatformEvent* event)
     mouse_buttons = (mouse_buttons & WHEEL_BITS) | held;
 }
 
+// The frame has been cleared before the events come, and what a back buffer of a new size holds is
+// anything at all, so it is cleared again.
+static void takesize(i32 width, i32 height)
+{
+    gfx_resize(width, height);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+}
+
 static void handle(const PlatformEvent* event)
 {
     switch (event->kind) {
     case EVENT_CLOSE: gfx_close(); return;
-    case EVENT_SIZE: gfx_resize(event->x, event->y); return;
+    case EVENT_SIZE: takesize(event->x, event->y); return;
     case EVENT_CHARACTER: type(event->character); return;
     case EVENT_POINTER: point(event); return;
     case EVENT_WHEEL:

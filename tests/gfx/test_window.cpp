@@ -666,6 +666,23 @@ TEST(gfx_pump, applies_a_new_size)
     EXPECT_EQ(view[3], 30);
 }
 
+TEST(gfx_pump, clears_what_a_new_size_begins_with)
+{
+    scripted_begin();
+    scripted_add({.frame = 2, .kind = SCRIPT_RESIZE, .a = 100, .b = 80});
+    const ScriptedWindow window(64, 48);
+    pumps(1);
+    glClearColor(1.0F, 0.0F, 0.0F, 0.0F);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    pumps(1);
+    u8 corner[4] = {};
+    GLfloat depth = 0.0F;
+    glReadPixels(99, 79, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, corner);
+    glReadPixels(99, 79, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+    EXPECT_EQ(corner[0], 255);
+    EXPECT_EQ(depth, 1.0F);
+}
+
 TEST(gfx_pump, takes_a_height_of_zero_as_one_and_keeps_a_width_of_zero)
 {
     scripted_begin();
@@ -863,48 +880,4 @@ TEST(gfx_close, does_nothing_without_a_window)
     opened_at(64, 48);
     gfx_close();
     EXPECT_EQ(scripted_counts.moderestores, 1); // that of the window's own close
-}
-
-TEST(gfx_mouse_delta, gives_the_offset_from_the_centre_once)
-{
-    scripted_begin();
-    scripted_add({.frame = 1, .kind = SCRIPT_MOUSE, .a = 12, .b = -7});
-    const ScriptedWindow window(64, 48);
-    pumps(1);
-    i32 dx = 0;
-    i32 dy = 0;
-    gfx_mouse_delta(&dx, &dy);
-    EXPECT_EQ(dx, 12);
-    EXPECT_EQ(dy, -7);
-    gfx_mouse_delta(&dx, &dy);
-    EXPECT_EQ(dx, 0);
-    EXPECT_EQ(dy, 0);
-}
-
-TEST(gfx_mouse_delta, takes_null_for_either_value)
-{
-    scripted_begin();
-    scripted_add({.frame = 1, .kind = SCRIPT_MOUSE, .a = 12, .b = -7});
-    scripted_add({.frame = 2, .kind = SCRIPT_MOUSE, .a = 3, .b = 4});
-    const ScriptedWindow window(64, 48);
-    i32 dx = 0;
-    i32 dy = 0;
-    gfx_mouse_delta(nullptr, nullptr);
-    gfx_pump();
-    gfx_mouse_delta(&dx, nullptr);
-    gfx_pump();
-    gfx_mouse_delta(nullptr, &dy);
-    EXPECT_EQ(dx, 12);
-    EXPECT_EQ(dy, 4);
-}
-
-TEST(gfx_mouse_delta, gives_zero_after_a_close)
-{
-    scripted_begin();
-    opened_at(64, 48);
-    i32 dx = 5;
-    i32 dy = 5;
-    gfx_mouse_delta(&dx, &dy);
-    EXPECT_EQ(dx, 0);
-    EXPECT_EQ(dy, 0);
 }
