@@ -295,28 +295,72 @@ TEST(shaders_can, holds_on_this_driver)
     EXPECT_EQ(shaders_available, 1);
 }
 
-static void* lack(const char*)
+// The entry point that a driver lacks; null: it lacks all.
+static const char* lacked;
+static void* lack(const char* name)
 {
-    return nullptr;
+    const bool lacks = lacked == nullptr || std::strcmp(name, lacked) == 0;
+    return lacks ? nullptr : platform_scripted.glproc(name);
 }
+
+static Platform lacking_platform()
+{
+    Platform made = platform_scripted;
+    made.glproc = lack;
+    return made;
+}
+static const Platform platform_lacking = lacking_platform();
+
+// A driver that has loaded nothing yet, for the length of a scope.
+struct LackingDriver {
+    GlEntryPoints kept = gl_entry_points;
+    explicit LackingDriver(const char* name)
+    {
+        lacked = name;
+        shaders_loaded = 0;
+        shaders_checked = 0;
+        platform_use(&platform_lacking);
+    }
+    LackingDriver(const LackingDriver&) = delete;
+    LackingDriver& operator=(const LackingDriver&) = delete;
+    ~LackingDriver()
+    {
+        platform_use(&platform_scripted);
+        gl_entry_points = kept;
+        shaders_loaded = 0;
+        shaders_checked = 0;
+    }
+};
 
 TEST(shaders_can, does_not_hold_where_the_driver_lacks_the_entry_points)
 {
-    static Platform lacking = platform_scripted;
-    lacking.glproc = lack;
     scripted_begin();
     const ScriptedWindow window(16, 12);
-    const GlEntryPoints kept = gl_entry_points;
-    shaders_loaded = 0;
-    shaders_checked = 0;
-    platform_use(&lacking);
-    EXPECT_FALSE(shaders_can());
-    EXPECT_EQ(program_make(good_vertex, good_fragment, nullptr, nullptr, nullptr), 0U);
-    program_use(3); // does nothing, without a crash
-    platform_use(&platform_scripted);
-    gl_entry_points = kept;
-    shaders_loaded = 0;
-    shaders_checked = 0;
+    {
+        const LackingDriver driver(nullptr);
+        EXPECT_FALSE(shaders_can());
+        EXPECT_EQ(program_make(good_vertex, good_fragment, nullptr, nullptr, nullptr), 0U);
+        program_use(3); // does nothing, without a crash
+    }
+    EXPECT_TRUE(shaders_can());
+}
+
+TEST(shaders_can, does_not_hold_where_a_uniform_cannot_be_set)
+{
+    scripted_begin();
+    const ScriptedWindow window(16, 12);
+    for (const char* const name :
+         {"glUniform1f", "glUniform3f", "glUniform1i", "glUniformMatrix4fv"}) {
+        const LackingDriver driver(name);
+        EXPECT_FALSE(shaders_can()) << name;
+    }
+}
+
+TEST(shaders_can, holds_without_the_unsigned_uniforms_of_a_newer_version)
+{
+    scripted_begin();
+    const ScriptedWindow window(16, 12);
+    const LackingDriver driver("glUniform1ui");
     EXPECT_TRUE(shaders_can());
 }
 

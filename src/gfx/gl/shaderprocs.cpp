@@ -78,15 +78,19 @@ void shaders_load()
     shaders_loaded = 1;
 }
 
-// A driver may claim 2.0 in its version text and lack what it takes.
+// A driver may claim 2.0 in its version text and lack what it takes. Only glUniform1ui is newer.
 static bool programspossible(const GlEntryPoints* gl)
 {
     return gl->CreateShader != nullptr && gl->ShaderSource != nullptr &&
            gl->CompileShader != nullptr && gl->CreateProgram != nullptr &&
            gl->AttachShader != nullptr && gl->LinkProgram != nullptr && gl->UseProgram != nullptr &&
-           gl->GetUniformLocation != nullptr && gl->GetShaderiv != nullptr &&
+           gl->GetUniformLocation != nullptr && gl->Uniform1f != nullptr &&
+           gl->Uniform2f != nullptr && gl->Uniform3f != nullptr && gl->Uniform1i != nullptr &&
+           gl->Uniform2i != nullptr && gl->Uniform1fv != nullptr && gl->Uniform2fv != nullptr &&
+           gl->Uniform3fv != nullptr && gl->Uniform1iv != nullptr &&
+           gl->UniformMatrix4fv != nullptr && gl->GetShaderiv != nullptr &&
            gl->GetShaderInfoLog != nullptr && gl->GetProgramiv != nullptr &&
-           gl->GetProgramInfoLog != nullptr;
+           gl->GetProgramInfoLog != nullptr && gl->ActiveTexture != nullptr;
 }
 
 bool shaders_can()
