@@ -31,6 +31,7 @@ static i32 toldwidth, toldheight; // the last client size that was delivered or 
 static i32 relativex, relativey;  // movement since the last reading, on Wayland
 static i32 pointerx, pointery;    // of the last pointer event or warp, desktop pixels
 static i32 seenx, seeny;          // what SDL's global place was when it was last read or set
+static bool pointeraway;          // another window had the keys when the offset was last asked for
 static i32 cursorcount;           // shows less hides
 static bool ontop;
 
@@ -219,6 +220,7 @@ static void clearinput()
     SDL_GetGlobalMouseState(&seenx, &seeny);
     pointerx = seenx;
     pointery = seeny;
+    pointeraway = false;
     cursorcount = 0;
     ontop = false;
     modeset = false;
@@ -444,6 +446,11 @@ static void losefocus()
     }
 }
 
+static bool focused()
+{
+    return (SDL_GetWindowFlags(window) & SDL_WINDOW_INPUT_FOCUS) != 0;
+}
+
 static bool windowevent(const SDL_WindowEvent* event, PlatformEvent* out)
 {
     switch (event->event) {
@@ -528,15 +535,8 @@ static void recentre(i32 x, i32 y)
     seeny = y;
 }
 
-static void pointeroffset(i32* dx, i32* dy)
+static void centreoffset(i32* dx, i32* dy)
 {
-    if (wayland) {
-        *dx = relativex;
-        *dy = relativey;
-        relativex = 0;
-        relativey = 0;
-        return;
-    }
     const PlatformRect rect = windowrect();
     const i32 centrex = (rect.left + rect.right) / 2;
     const i32 centrey = (rect.top + rect.bottom) / 2;
@@ -548,6 +548,31 @@ static void pointeroffset(i32* dx, i32* dy)
     if (*dx != 0 || *dy != 0) {
         recentre(centrex, centrey);
     }
+}
+
+static void relativeoffset(i32* dx, i32* dy)
+{
+    *dx = relativex;
+    *dy = relativey;
+    relativex = 0;
+    relativey = 0;
+}
+
+// While another window has the keys the pointer is the user's, and a warp would hold it fast. What it
+// did meanwhile is no movement of ours.
+static void pointeroffset(i32* dx, i32* dy)
+{
+    const bool ours = focused();
+    if (ours && wayland) {
+        relativeoffset(dx, dy);
+    } else if (ours) {
+        centreoffset(dx, dy);
+    }
+    if (!ours || pointeraway) {
+        *dx = 0;
+        *dy = 0;
+    }
+    pointeraway = !ours;
 }
 
 static void countcursor(i32 step)
@@ -584,8 +609,7 @@ static void minimise()
 
 static void placeontop()
 {
-    const bool focused = (SDL_GetWindowFlags(window) & SDL_WINDOW_INPUT_FOCUS) != 0;
-    if (!ontop && focused && !wayland) {
+    if (!ontop && focused() && !wayland) {
         SDL_SetWindowAlwaysOnTop(window, SDL_TRUE);
         ontop = true;
     }
