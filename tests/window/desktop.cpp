@@ -146,7 +146,7 @@ Desktop::~Desktop()
 
 void Desktop::find_tools() const
 {
-    for (const char* const tool : {"Xvfb", "openbox", "xdotool", "wmctrl"}) {
+    for (const char* const tool : {"Xvfb", "openbox", "xdotool", "wmctrl", "setxkbmap"}) {
         if (!tried(std::string("command -v ") + tool)) {
             throw std::runtime_error(std::string(tool) + " is not installed, and no window test "
                                                          "can run without it");
