@@ -57,8 +57,8 @@ packages_elsewhere() {
         pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
     done
     if [ "$1" = test ]; then
-        for name in clang-format clang-tidy shellcheck glslangValidator Xvfb openbox xdotool wmctrl setxkbmap \
-            strace; do
+        for name in clang-format clang-tidy shellcheck glslangValidator Xvfb openbox xdotool wmctrl \
+            setxkbmap strace; do
             command -v "$name" >/dev/null || lacking+=("$name")
         done
         for name in gtest benchmark; do

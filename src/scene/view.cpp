@@ -15,6 +15,9 @@ void ViewRec_get(ViewRec* out)
     glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
     glGetDoublev(GL_PROJECTION_MATRIX, projection);
     glGetIntegerv(GL_VIEWPORT, viewport);
+    if (viewport[2] < 1) { // no width, no size of a pixel
+        return;
+    }
     ViewRec_derive(out, modelview, projection, viewport, gfx_width);
 }
 

@@ -3,8 +3,9 @@
 
 #include "model/gamerec.h"
 
-/// Fills the record from the current model-view, projection and viewport and the window's width. Put
-/// into viewrec_capture by view_install.
+/// Fills the record from the current model-view, projection and viewport and the window's width. Does
+/// nothing if the viewport has no width, as in a window drawn together to nothing. Put into
+/// viewrec_capture by view_install.
 void ViewRec_get(ViewRec* out);
 
 /// Makes ViewRec_get what the game record captures the view by. Call once the window is open.

@@ -95,6 +95,20 @@ TEST(ViewRec_get, doubles_the_size_of_a_pixel_in_a_viewport_of_half_the_width)
     EXPECT_DOUBLE_EQ(half.pixelscale, whole.pixelscale);
 }
 
+TEST(ViewRec_get, keeps_the_last_view_in_a_window_without_width)
+{
+    picture_open();
+    gfx_resize(200, 150);
+    ViewRec last;
+    ViewRec_get(&last);
+    ViewRec view = last;
+    gfx_resize(0, 150);
+    ViewRec_get(&view);
+    EXPECT_EQ(std::memcmp(&view, &last, sizeof view), 0);
+    EXPECT_TRUE(std::isfinite(view.tany) && std::isfinite(view.pixelsize));
+    gfx_resize(200, 150);
+}
+
 TEST(ViewRec_get, is_installed_as_what_the_game_record_captures_by)
 {
     picture_open();
