@@ -382,6 +382,48 @@ TEST(driver_frame, counts_stereo_modes_round_by_f3_from_any_number)
     }
 }
 
+TEST(driver_frame, counts_plots_round_by_g_even_under_the_map_of_cells)
+{
+    Session session;
+    leave_line(session.folder);
+    session.at(1, SCRIPT_KEY_PRESS, 'V');
+    for (const i32 frame : {2, 4, 6}) {
+        session.at(frame, SCRIPT_KEY_PRESS, 'G');
+    }
+    ASSERT_TRUE(session.start_framed());
+    for (const i32 next : {1, 2, 0}) {
+        session.frames(2);
+        EXPECT_EQ(plot_type, next);
+        EXPECT_EQ(voronoi_on, 1);
+    }
+}
+
+TEST(driver_frame, drops_the_lists_of_cells_of_all_levels_by_m)
+{
+    Session session;
+    Maze* const root = make_line(4, 2.5, 0.5);
+    nest(root, 2, make_line(3, 0.1, 0.05));
+    leave_world(session.folder, root, {root, 0});
+    session.at(2, SCRIPT_KEY_PRESS, 'M');
+    ASSERT_TRUE(session.start_framed());
+    Maze* const levels[] = {session.driver.game.root, Maze_node(session.driver.game.root, 2)->sub};
+    for (Maze* const maze : levels) {
+        Maze_attach(maze, "voronoilist", &session, nullptr, 0);
+        Maze_attach(maze, "others", &session, nullptr, 0);
+    }
+    session.frames(1);
+    EXPECT_EQ(voronoi_mode, 5);
+    for (Maze* const maze : levels) {
+        EXPECT_NE(Maze_attachment(maze, "voronoilist"), nullptr);
+    }
+    session.frames(1);
+    EXPECT_EQ(voronoi_mode, 0);
+    for (Maze* const maze : levels) {
+        EXPECT_EQ(Maze_attachment(maze, "voronoilist"), nullptr);
+        EXPECT_NE(Maze_attachment(maze, "others"), nullptr);
+    }
+}
+
 TEST(driver_frame, changes_the_field_of_view_by_f7_and_f8)
 {
     Session session;
