@@ -115,5 +115,7 @@ inline void plain_threshold(Maze* maze)
     }
     plain_keepedges(maze, best);
     Maze_free(best, true);
-    Maze_dropisolated(maze);
+    if (Maze_count(maze) > 1) { // one node alone stays
+        Maze_dropisolated(maze);
+    }
 }

@@ -156,7 +156,7 @@ inline Bytes tower_file(i32 levels)
 inline std::string fault_of(const Bytes& bytes)
 {
     // a copy of its own, so that a read past the end is seen
-    u8* const exact = static_cast<u8*>(std::malloc(bytes.size() + 1));
+    u8* const exact = static_cast<u8*>(std::malloc(std::max<size_t>(bytes.size(), 1)));
     std::copy(bytes.begin(), bytes.end(), exact);
     char* const why = static_cast<char*>(std::malloc(SAVE_WHY));
     const bool sound = savefile_check(exact, bytes.size(), why);

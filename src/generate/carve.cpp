@@ -228,8 +228,8 @@ static void findthreshold(FlatGraph* best, FlatGraph* attempt, const FlatGraph* 
 
 void makemaze_threshold(Maze* maze)
 {
-    if (Maze_count(maze) == 0) {
-        return; // no node to look for
+    if (Maze_count(maze) < 2) {
+        return; // one node has nothing to lose, and would go where it is no port
     }
     FlatGraph full;
     FlatGraph best;

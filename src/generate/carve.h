@@ -2,8 +2,8 @@
 // above is that the ports of a level stay connected.
 //
 // Methods work on a bare copy of the graph and bring only the final edge set back, so ports and
-// submazes of the real maze are touched by Maze_unjoin with syncports alone. A maze without nodes is
-// left as it is. Attachments and draw spheres are the caller's.
+// submazes of the real maze are touched by Maze_unjoin with syncports alone. A maze of one node or
+// none is left as it is. Attachments are the caller's.
 #pragma once
 
 #include "model/maze.h"
