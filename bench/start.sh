@@ -2,7 +2,9 @@
 # start.sh [BUILDDIR]: how long the program takes from its start to its first picture, for the worlds of
 # 20 seeds, on a virtual display with a window manager. Prints a line a seed, in milliseconds, and the
 # medians. `total` is taken from outside, from before the process is made until its first swap has
-# returned; the other columns are the program's own split.
+# returned; the other columns are the program's own split. Of what comes before main the program knows
+# the processor time only, so `total` less `from main` is the time that loading took, waits for the disk
+# and the making of the process included.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 program=$(realpath "${1:-build/release}/bin/Corvane")
@@ -70,12 +72,12 @@ done | awk '
     END {
         if (!steps) { print "the program printed no times" > "/dev/stderr"; exit 1 }
         printf "%6s", "seed"
-        for (k = 1; k <= steps; k++) printf "%12s", order[k]
+        for (k = 1; k <= steps; k++) printf "%16s", order[k]
         for (s = 1; s <= last; s++) {
             printf "\n%6d", s
-            for (k = 1; k <= steps; k++) printf "%12.1f", time[s, order[k]]
+            for (k = 1; k <= steps; k++) printf "%16.1f", time[s, order[k]]
         }
         printf "\n%6s", "median"
-        for (k = 1; k <= steps; k++) printf "%12.1f", median(order[k])
+        for (k = 1; k <= steps; k++) printf "%16.1f", median(order[k])
         print ""
     }'

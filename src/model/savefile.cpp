@@ -211,11 +211,13 @@ static SaveLoad refuse(const char* path, const char* fault, char* why)
     if (wholefile_setaside(path, newname, failed)) {
         std::snprintf(why, SAVE_WHY, "The saved game %.*s can't be used: %.*s. It is now %.*s.",
                       SAID, path, SAID, fault, SAID, newname);
-    } else {
-        std::snprintf(why, SAVE_WHY, "The saved game %.*s can't be used: %.*s. %.*s.", SAID, path,
-                      SAID, fault, SAID, failed);
+        return SAVE_REFUSED;
     }
-    return SAVE_REFUSED;
+    std::snprintf(why, SAVE_WHY,
+                  "The saved game %.*s can't be used: %.*s. %.*s. While it stays there no game is "
+                  "saved over it.",
+                  SAID, path, SAID, fault, SAID, failed);
+    return SAVE_STUCK;
 }
 
 SaveLoad MazeGame_load(MazeGame* out, const char* path, char* why)

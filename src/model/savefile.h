@@ -37,9 +37,14 @@ bool savefile_check(const u8* bytes, size_t size, char* why);
 /// Builds a game from bytes that savefile_check has found sound. `out` is overwritten unread.
 void savefile_build(MazeGame* out, const u8* bytes, size_t size);
 
-enum SaveLoad { SAVE_LOADED, SAVE_MISSING, SAVE_REFUSED };
+enum SaveLoad {
+    SAVE_LOADED,
+    SAVE_MISSING,
+    SAVE_REFUSED, // and out of the way
+    SAVE_STUCK,   // refused, but still at its place: nothing may be written over it
+};
 
-/// Loads the game at `path`. A file that can't be read or isn't sound is renamed out of the way; `why`
-/// (SAVE_WHY chars) then tells what was wrong and where the file is now. `out` is written only with
-/// SAVE_LOADED.
+/// Loads the game at `path`. A file that can't be read or isn't sound is renamed out of the way, if it
+/// can be; `why` (SAVE_WHY chars) then tells what was wrong and where the file is now. `out` is written
+/// only with SAVE_LOADED.
 SaveLoad MazeGame_load(MazeGame* out, const char* path, char* why);

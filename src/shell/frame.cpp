@@ -35,15 +35,16 @@ static f64 times_last;  // timer_now at the last lap
 
 static void showtime(const char* step, f64 seconds)
 {
-    std::fprintf(stderr, "CORVANE_TIMES %-12s %8.2f ms\n", step, seconds * 1000);
+    std::fprintf(stderr, "CORVANE_TIMES %-15s %8.2f ms\n", step, seconds * 1000);
 }
 
 static void starttimes(bool on)
 {
     times_on = on;
     if (on) {
-        // what the system spent on loading the program; waiting is not in it
-        showtime("before main", static_cast<f64>(std::clock()) / CLOCKS_PER_SEC);
+        // Processor time: what loading the program cost, but not its waits for a disk. The system
+        // tells the moment at which a process began in steps of 10 ms only.
+        showtime("cpu before main", static_cast<f64>(std::clock()) / CLOCKS_PER_SEC);
         times_begin = timer_now();
         times_last = times_begin;
     }
@@ -132,18 +133,19 @@ static bool openwindow(const ConfigList* config)
     return true;
 }
 
-static void startgame(MazeGame* game)
+static void startgame(Driver* driver)
 {
     char why[SAVE_WHY];
     MazeGame scratch;
     const SaveLoad outcome = MazeGame_load(&scratch, save_path, why);
-    if (outcome == SAVE_REFUSED) {
+    driver->save_stuck = outcome == SAVE_STUCK;
+    if (outcome == SAVE_REFUSED || outcome == SAVE_STUCK) {
         report_notice("Corvane", 0, why);
     }
     if (outcome != SAVE_LOADED) {
         MazeGame_new(&scratch, 0);
     }
-    *game = scratch;
+    driver->game = scratch;
 }
 
 static void startloop(Driver* driver)
@@ -174,7 +176,7 @@ bool driver_start(Driver* driver, bool times)
         return false;
     }
     lap("window");
-    startgame(&driver->game);
+    startgame(driver);
     lap("world");
     startloop(driver);
     lap("first pump");
@@ -337,10 +339,30 @@ bool driver_frame(Driver* driver)
     return !quitasked();
 }
 
-static bool savegame(const MazeGame* game)
+// Tries once more to get a refused save out of the way, since the user may have made room for it, or
+// moved it. False if it stays, and `why` (WHOLEFILE_WHY chars) tells the reason.
+static bool clearway(char* why)
+{
+    u8* bytes;
+    size_t size;
+    if (wholefile_read(save_path, &bytes, &size, why) == WHOLEFILE_MISSING) {
+        return true;
+    }
+    std::free(bytes);
+    char newname[WHOLEFILE_PATH];
+    if (!wholefile_setaside(save_path, newname, why)) {
+        return false;
+    }
+    char message[WHOLEFILE_PATH + 100];
+    std::snprintf(message, sizeof message, "The saved game that can't be used is now %s.", newname);
+    report_notice("Corvane", 0, message);
+    return true;
+}
+
+static bool savegame(const Driver* driver)
 {
     char why[SAVE_WHY];
-    if (MazeGame_save(game, save_path, why)) {
+    if ((!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why)) {
         return true;
     }
     tellunsaved("The game is not saved in maze_save.dat", why);
@@ -359,7 +381,7 @@ static void storestereo(Driver* driver)
 
 int driver_stop(Driver* driver)
 {
-    const bool gamesaved = savegame(&driver->game);
+    const bool gamesaved = savegame(driver);
     MazeGame_free(&driver->game); // display lists can only be deleted while the window is open
     storestereo(driver);
     const bool settingssaved = savesettings(&driver->config);

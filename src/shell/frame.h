@@ -14,6 +14,7 @@ struct Driver {
     i32 wished_height = 0;
 
     MazeGame game;
+    bool save_stuck; // a refused save lies where the game is saved, and is not written over
     ConfigList config;
     Camera camera;
     i32 stereo_mode;
@@ -31,7 +32,8 @@ struct Driver {
 /// otherwise the clock's milliseconds. A save file that is refused is told, and a new game starts.
 /// False if there is no size for a window: that is told on standard error, and nothing is open or
 /// held then. Fatal if the window can't be made.
-/// `times`, if set, prints how long each step took on standard error, up to the first swap.
+/// `times`, if set, prints how long each step took on standard error, up to the first swap; of what
+/// comes before main the processor time only.
 bool driver_start(Driver* driver, bool times);
 
 /// One frame, input of the last pump to the next pump. False when the loop must end, at once if the
@@ -39,8 +41,9 @@ bool driver_start(Driver* driver, bool times);
 bool driver_frame(Driver* driver);
 
 /// Exit: saves the game, frees it, writes the settings, and closes the window if it is still open.
-/// Touches no GL function if the window was closed. Returns the exit code of the process: 1 if a file could not be written (which has then
-/// been told), else 0.
+/// Touches no GL function if the window was closed. A refused save that could not be renamed at the
+/// start is not written over, unless it is out of the way by now or can be renamed now. Returns the
+/// exit code of the process: 1 if a file could not be written (which has then been told), else 0.
 int driver_stop(Driver* driver);
 
 /// The whole run: start, frames, exit. Returns the exit code, 0 if there was no size for a window. With

@@ -461,7 +461,7 @@ TEST(MazeGame_load, tells_that_a_file_could_not_be_set_aside)
     write_bytes(path, Bytes(3, 1));
     MazeGame game = {};
     char why[SAVE_WHY];
-    EXPECT_EQ(MazeGame_load(&game, path.c_str(), why), SAVE_REFUSED);
+    EXPECT_EQ(MazeGame_load(&game, path.c_str(), why), SAVE_STUCK);
     EXPECT_NE(std::string(why).find("Could not rename"), std::string::npos) << why;
     EXPECT_EQ(read_bytes(path), Bytes(3, 1));
 }

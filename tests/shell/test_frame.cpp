@@ -8,8 +8,12 @@
 
 #include <GL/gl.h>
 
+#include <cerrno>
 #include <cmath>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 
 static const char first_settings[] =
     "Windowed (Y/N): Y\n"
@@ -234,8 +238,8 @@ TEST(driver_start, prints_the_split_of_the_start_up_to_the_first_swap_if_asked)
     session.frames(3);
     const std::string err = testing::internal::GetCapturedStderr();
     size_t place = 0;
-    for (const char* const step :
-         {"before main", "settings", "window", "world", "first pump", "first frame", "from main"}) {
+    for (const char* const step : {"cpu before main", "settings", "window", "world", "first pump",
+                                   "first frame", "from main"}) {
         const size_t found = err.find(std::string("CORVANE_TIMES ") + step, place);
         ASSERT_NE(found, std::string::npos) << step << " in:\n" << err;
         place = found + 1;
@@ -701,6 +705,81 @@ TEST(driver_stop, tells_a_folder_that_cannot_be_written_and_ends_with_code_1)
     EXPECT_NE(outcome.out.find("maze_save.dat"), std::string::npos) << outcome.out;
     EXPECT_EQ(folder.names(), "maze_save.dat");
     EXPECT_EQ(folder.read("maze_save.dat"), save);
+}
+
+static bool asides_fail; // no file can be renamed to a name with ".bad"
+
+// In place of the C library's, which moves files for the program too.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+int rename(const char* before, const char* after) noexcept
+{
+    if (asides_fail && std::strstr(after, ".bad") != nullptr) {
+        errno = EBUSY;
+        return -1;
+    }
+    return renameat(AT_FDCWD, before, AT_FDCWD, after);
+}
+
+// A run that met a bad save which it could not rename; what it wrote on standard output since it
+// was made.
+struct StuckRun {
+    Session session;
+
+    StuckRun()
+    {
+        session.folder.write("maze_save.dat", "this is no world");
+        testing::internal::CaptureStdout();
+        asides_fail = true;
+        EXPECT_TRUE(session.start_framed());
+        session.frames(2);
+    }
+    ~StuckRun()
+    {
+        asides_fail = false;
+    }
+    StuckRun(const StuckRun&) = delete;
+    StuckRun& operator=(const StuckRun&) = delete;
+
+    std::string stop()
+    {
+        session.driver.stereo_swap = 1;
+        session.stop();
+        return testing::internal::GetCapturedStdout();
+    }
+};
+
+TEST(driver_stop, does_not_save_over_a_bad_save_that_could_not_be_renamed)
+{
+    StuckRun run;
+    const std::string out = run.stop();
+    EXPECT_EQ(run.session.code, 1);
+    EXPECT_EQ(run.session.folder.read("maze_save.dat"), "this is no world");
+    EXPECT_EQ(run.session.folder.names(), "config.txt maze_save.dat warnings.log");
+    EXPECT_EQ(setting(run.session.folder, "Swap stereo"), "Y");
+    EXPECT_NE(out.find("While it stays there no game is saved over it"), std::string::npos) << out;
+    EXPECT_NE(out.find("The game is not saved in maze_save.dat. Could not rename"),
+              std::string::npos)
+        << out;
+}
+
+TEST(driver_stop, renames_a_bad_save_that_could_not_be_renamed_at_the_start)
+{
+    StuckRun run;
+    asides_fail = false;
+    const std::string out = run.stop();
+    EXPECT_EQ(run.session.code, 0);
+    EXPECT_EQ(run.session.folder.read("maze_save.dat.bad"), "this is no world");
+    EXPECT_NE(out.find("is now maze_save.dat.bad"), std::string::npos) << out;
+    const Saved saved(run.session.folder);
+}
+
+TEST(driver_stop, saves_where_a_bad_save_was_that_the_user_has_moved)
+{
+    StuckRun run;
+    std::filesystem::rename("maze_save.dat", "kept");
+    run.stop();
+    EXPECT_EQ(run.session.code, 0);
+    const Saved saved(run.session.folder);
 }
 
 TEST(driver_stop, writes_the_settings_even_if_the_game_could_not_be_saved)
