@@ -44,9 +44,12 @@ static const char help_text[] =
 
 enum { EXIT_BAD = 2, MAXWORDS = 8, MAXFRAME = 1000000000, MAXPIXELS = 1 << 24 };
 
+static constexpr f64 step_most = 1e6; // seconds, of the clock in one frame
+
 struct Shot {
     i32 frame;
     const char* path; // lent, from the script's text
+    bool tried;       // its frame has come
 };
 
 struct Options {
@@ -60,7 +63,7 @@ struct Options {
 static Driver driver;     // by the driver
 static std::FILE* log_to; // or null
 static GrowArray shots;   // of Shot
-static bool shot_failed;  // by atswap
+static bool shot_failed;  // by atswap and tellmissed
 static bool script_ends;  // by addaction: the script holds something that may end the loop
 
 static bool bad(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -160,9 +163,23 @@ static void atswap(i32 frame)
         logframe(frame);
     }
     for (i32 i = static_cast<i32>(shots.count) - 1; i >= 0; i--) {
-        const Shot* const shot = items<Shot>(&shots) + i;
+        Shot* const shot = items<Shot>(&shots) + i;
         if (shot->frame == frame) {
+            shot->tried = true;
             takeshot(shot->path);
+        }
+    }
+}
+
+// Tells the pictures of frames that the run did not have.
+static void tellmissed()
+{
+    const i32 n = static_cast<i32>(shots.count);
+    for (i32 i = 0; i < n; i++) { // in the order of the script
+        const Shot* const shot = items<Shot>(&shots) + i;
+        if (!shot->tried) {
+            bad("%s: the run ended before frame %d", shot->path, shot->frame);
+            shot_failed = true;
         }
     }
 }
@@ -287,7 +304,7 @@ static bool addshot(const Line* line, i32 frame)
     if (line->count != 4) {
         return badline(line, "one file name belongs to shot", "");
     }
-    const Shot shot = {frame, line->words[3]};
+    const Shot shot = {.frame = frame, .path = line->words[3], .tried = false};
     GrowArray_push(&shots, &shot);
     return true;
 }
@@ -378,8 +395,8 @@ static bool readdisplay(const char* value)
 static bool readstep(const char* value)
 {
     f64 seconds = 0;
-    if (!number_f64(value, &seconds) || seconds < 0) {
-        return bad("--dt takes seconds, not '%s'", value);
+    if (!number_f64(value, &seconds) || seconds < 0 || seconds > step_most) {
+        return bad("--dt takes seconds from 0 to %.0f, not '%s'", step_most, value);
     }
     scripted_step(seconds);
     return true;
@@ -509,6 +526,7 @@ int main(int argc, char** argv)
         return EXIT_BAD;
     }
     int code = driver_run(&driver);
+    tellmissed();
     if (!closelog(options.log) || shot_failed) {
         code = EXIT_BAD;
     }

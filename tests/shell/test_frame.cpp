@@ -682,6 +682,22 @@ TEST(driver_stop, saves_after_a_signal_to_end)
     }
 }
 
+TEST(driver_stop, saves_although_nobody_reads_its_messages)
+{
+    const Folder folder;
+    const Folder side;
+    folder.write("maze_save.dat", "this is no world"); // there is something to tell
+    side.write("script", "at 3 close\n");
+    run_in(folder, "(sleep 0.2; " + program("corvane-play") + " " + side.at("script") +
+                       " --size 64x48; echo $? >" + side.at("code") + ") | true");
+    for (i32 tries = 0; tries < 200 && side.read("code").empty(); tries++) {
+        usleep(50000);
+    }
+    EXPECT_EQ(side.read("code"), "0\n");
+    EXPECT_EQ(folder.names(), "config.txt maze_save.dat maze_save.dat.bad warnings.log");
+    const Saved saved(folder);
+}
+
 // A prefix by which a command meets the modes of files, whoever runs the tests.
 static std::string as_nobody()
 {

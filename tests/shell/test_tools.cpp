@@ -60,6 +60,7 @@ TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {ok + " --size 0x20", "--size"},
         {ok + " --dt -1", "--dt"},
         {ok + " --dt fast", "--dt"},
+        {ok + " --dt 1e308", "--dt"},
         {ok + " --frames 0", "--frames"},
         {ok + " --frames 1.5", "--frames"},
         {ok + " --display 0,0", "--display"},
@@ -200,6 +201,16 @@ TEST(corvane_play, tells_a_picture_that_cannot_be_written)
     EXPECT_EQ(played.outcome.code, 2);
     EXPECT_NE(played.outcome.err.find("nowhere/first.png"), std::string::npos);
     EXPECT_EQ(played.log.rows.size(), 3U);
+}
+
+TEST(corvane_play, tells_a_picture_of_a_frame_that_never_came)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played = play(folder, "at 3 shot some.png\nat 3 close\nat 2 shot other.png\n");
+    EXPECT_EQ(played.outcome.code, 2);
+    EXPECT_EQ(played.outcome.err, "corvane-play: some.png: the run ended before frame 3\n");
+    EXPECT_EQ(folder.names(), "config.txt maze_save.dat other.png");
 }
 
 TEST(corvane_play, opens_864_by_648_on_one_display_if_nothing_else_is_said)
