@@ -3,6 +3,7 @@
 
 #include "base/str.h"
 #include "model/mazegame.h"
+#include "tests/mazes.h"
 
 #include <vector>
 
@@ -24,12 +25,6 @@ struct HeldGame {
     }
 };
 
-inline i32 add_node(Maze* maze, f64 x, f64 y, f64 z = 0.0, f64 radius = 0.5)
-{
-    const MazeNode node = MazeNode_fresh(x, y, z, radius);
-    return Maze_addnode(maze, &node);
-}
-
 /// Puts a game on node `node` of `maze`, in the world of `root`, which is handed over.
 inline void stand(HeldGame* held, Maze* root, Maze* maze, i32 node)
 {
@@ -41,7 +36,7 @@ inline void stand(HeldGame* held, Maze* root, Maze* maze, i32 node)
 }
 
 /// Node 0 at the origin, joined to one node at each of `ends`, in their order.
-inline Maze* make_star(const std::vector<std::vector<f64>>& ends)
+inline Maze* make_spokes(const std::vector<std::vector<f64>>& ends)
 {
     Maze* const maze = Maze_new();
     add_node(maze, 0.0, 0.0);
@@ -49,13 +44,6 @@ inline Maze* make_star(const std::vector<std::vector<f64>>& ends)
         Maze_join(maze, 0, add_node(maze, end[0], end[1], end[2]));
     }
     return maze;
-}
-
-inline void hang(Maze* maze, i32 node, Maze* sub)
-{
-    sub->parent = maze;
-    sub->parentnode = node;
-    Maze_node(maze, node)->sub = sub;
 }
 
 /// A ring of `n` nodes of radius `r` about a place.

@@ -19,7 +19,7 @@ struct MazeDeleter {
 /// A maze that is freed, with all levels, at the end of its scope.
 using World = std::unique_ptr<Maze, MazeDeleter>;
 
-inline i32 add_node(Maze* maze, f64 x, f64 y, f64 z, f64 radius = 0.5)
+inline i32 add_node(Maze* maze, f64 x, f64 y, f64 z = 0.0, f64 radius = 0.5)
 {
     const MazeNode node = MazeNode_fresh(x, y, z, radius);
     return Maze_addnode(maze, &node);

@@ -4,6 +4,7 @@
 #include "model/savefile.h"
 #include "tests/gameworlds.h"
 #include "tests/sound.h"
+#include "tests/tempfolder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,23 +22,10 @@ namespace fs = std::filesystem;
 
 using Bytes = std::vector<u8>;
 
-/// A new folder that goes with its contents; in memory where the system has a place for that, since
-/// thousands of files are synced here.
-struct Folder {
-    std::string path;
-    Folder()
+/// A folder in memory where the system has a place for that, since thousands of files are synced here.
+struct Folder : TempFolder {
+    Folder() : TempFolder(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : testing::TempDir())
     {
-        path = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-        path += "/corvane-save-XXXXXX";
-        path = mkdtemp(path.data());
-    }
-    ~Folder()
-    {
-        fs::remove_all(path);
-    }
-    std::string operator/(const char* name) const
-    {
-        return path + "/" + name;
     }
 };
 
@@ -58,8 +46,8 @@ inline Bytes saved(const MazeGame* game)
 {
     const Folder folder;
     char why[SAVE_WHY];
-    EXPECT_TRUE(MazeGame_save(game, (folder / "save").c_str(), why)) << why;
-    return read_bytes(folder / "save");
+    EXPECT_TRUE(MazeGame_save(game, folder.file("save").c_str(), why)) << why;
+    return read_bytes(folder.file("save"));
 }
 
 template <typename T> void put(Bytes* out, T value)
@@ -160,7 +148,7 @@ inline std::string fault_of(const Bytes& bytes)
     std::copy(bytes.begin(), bytes.end(), exact);
     char* const why = static_cast<char*>(std::malloc(SAVE_WHY));
     const bool sound = savefile_check(exact, bytes.size(), why);
-    const std::string text = why;
+    std::string text = why;
     EXPECT_EQ(sound, text.empty());
     std::free(exact);
     std::free(why);

@@ -2,67 +2,34 @@
 #pragma once
 
 #include "base/types.h"
+#include "tests/tempfolder.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <png.h>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
-// A new folder that goes with its record.
-struct Folder {
-    std::filesystem::path path;
-
-    Folder()
+// A folder whose files are read and written in one word.
+struct Folder : TempFolder {
+    std::string read(const std::string& name) const // empty if it isn't there
     {
-        std::string name = (std::filesystem::temp_directory_path() / "corvane_XXXXXX").string();
-        path = mkdtemp(name.data()) != nullptr ? name : "";
-        EXPECT_FALSE(path.empty());
-    }
-    ~Folder()
-    {
-        std::error_code error;
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all, error);
-        std::filesystem::remove_all(path, error);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::string at(const std::string& name) const
-    {
-        return (path / name).string();
-    }
-    bool has(const std::string& name) const
-    {
-        return std::filesystem::exists(path / name);
-    }
-    std::string read(const std::string& name) const
-    {
-        std::ifstream file(path / name, std::ios::binary);
-        std::stringstream text;
-        text << file.rdbuf();
-        return text.str();
+        return has(name) ? read_text(file(name)) : "";
     }
     void write(const std::string& name, const std::string& text) const
     {
-        std::ofstream(path / name, std::ios::binary) << text;
+        write_text(file(name), text);
     }
     // All names, in order, joined by blanks.
-    std::string names() const
+    std::string listing() const
     {
-        std::map<std::string, int> found;
-        for (const auto& entry : std::filesystem::directory_iterator(path)) {
-            found[entry.path().filename().string()] = 1;
-        }
         std::string joined;
-        for (const auto& [name, unused] : found) {
+        for (const std::string& name : names()) {
             joined += (joined.empty() ? "" : " ") + name;
         }
         return joined;
@@ -78,8 +45,8 @@ struct Outcome {
 inline Outcome run_in(const Folder& folder, const std::string& command)
 {
     const Folder side;
-    const std::string whole = "cd '" + folder.path.string() + "' && ( " + command + " ) >'" +
-                              side.at("out") + "' 2>'" + side.at("err") + "' </dev/null";
+    const std::string whole = "cd '" + folder.path + "' && ( " + command + " ) >'" +
+                              side.file("out") + "' 2>'" + side.file("err") + "' </dev/null";
     const int status = std::system(whole.c_str());
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return {code, side.read("out"), side.read("err")};
@@ -151,8 +118,8 @@ inline Played play(const Folder& folder, const std::string& script,
 {
     const Folder side;
     side.write("script", script);
-    const std::string command = prefix + " " + program("corvane-play") + " " + side.at("script") +
-                                " --log " + side.at("log") + " " + options;
+    const std::string command = prefix + " " + program("corvane-play") + " " + side.file("script") +
+                                " --log " + side.file("log") + " " + options;
     Played played;
     played.outcome = run_in(folder, command);
     const std::string log = side.read("log");

@@ -8,6 +8,7 @@
 #include "model/savefile.h"
 #include "scene/scene.h"
 #include "shell/frame.h"
+#include "tests/mazes.h"
 #include "tests/shell_run.h"
 
 #include <functional>
@@ -93,12 +94,6 @@ struct Session {
     }
 };
 
-inline i32 add_node(Maze* maze, f64 x, f64 y, f64 z, f64 radius)
-{
-    const MazeNode node = MazeNode_fresh(x, y, z, radius);
-    return Maze_addnode(maze, &node);
-}
-
 // Nodes on the x axis, `spacing` apart, joined in a line.
 inline Maze* make_line(i32 n, f64 spacing, f64 radius)
 {
@@ -121,9 +116,7 @@ inline void nest(Maze* maze, i32 node, Maze* sub)
         place[i] = Maze_node(maze, node)->pos[i] - sub->centre[i];
     }
     Maze_translate(sub, place, true);
-    sub->parent = maze;
-    sub->parentnode = node;
-    Maze_node(maze, node)->sub = sub;
+    hang(maze, node, sub);
     Maze_freeflags(maze, ATT_GEOMETRY, true);
 }
 
@@ -143,7 +136,7 @@ inline void leave_world(const Folder& folder, Maze* root, Pos pos)
 {
     MazeGame game = make_game(root, pos);
     std::string why(SAVE_WHY, 0);
-    EXPECT_TRUE(MazeGame_save(&game, folder.at("maze_save.dat").c_str(), why.data())) << why;
+    EXPECT_TRUE(MazeGame_save(&game, folder.file("maze_save.dat").c_str(), why.data())) << why;
     MazeGame_free(&game);
 }
 

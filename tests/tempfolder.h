@@ -15,9 +15,9 @@
 struct TempFolder {
     std::string path; // full, without a slash at the end
 
-    TempFolder()
+    explicit TempFolder(const std::string& in = testing::TempDir())
     {
-        path = std::filesystem::canonical(testing::TempDir()).string() + "/corvane-XXXXXX";
+        path = std::filesystem::canonical(in).string() + "/corvane-XXXXXX";
         if (mkdtemp(path.data()) == nullptr) {
             std::abort(); // the test can't run
         }
@@ -25,6 +25,7 @@ struct TempFolder {
     ~TempFolder()
     {
         std::error_code ignored;
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all, ignored);
         std::filesystem::remove_all(path, ignored);
     }
     TempFolder(const TempFolder&) = delete;
@@ -33,6 +34,11 @@ struct TempFolder {
     std::string file(const std::string& name) const
     {
         return path + "/" + name;
+    }
+
+    bool has(const std::string& name) const
+    {
+        return std::filesystem::exists(file(name));
     }
 
     // Names of all that is in the folder, in the order of the alphabet.

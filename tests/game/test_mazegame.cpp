@@ -52,7 +52,7 @@ static bool all_finite(const f64* values, i32 n)
 
 TEST(Walker_bestexit, gives_the_share_of_the_way_where_there_is_one_exit)
 {
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     const Best best = best_of(maze, 1.0, 0.5, 0.0);
     EXPECT_EQ(best.exit, 0);
     EXPECT_DOUBLE_EQ(best.fraction, 0.25);
@@ -61,7 +61,7 @@ TEST(Walker_bestexit, gives_the_share_of_the_way_where_there_is_one_exit)
 
 TEST(Walker_bestexit, sees_a_walker_halfway_between_two_exits_on_the_node)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
     for (const f64 length : {1e-6, 0.25, 0.5, 1.0, 7.0, 1e6}) {
         EXPECT_EQ(best_of(maze, length, length, 0.0).fraction, 0.0) << length;
     }
@@ -70,14 +70,14 @@ TEST(Walker_bestexit, sees_a_walker_halfway_between_two_exits_on_the_node)
 
 TEST(Walker_bestexit, lets_the_higher_number_win_a_tie)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
     EXPECT_EQ(best_of(maze, 0.5, 0.5, 0.0).exit, 1);
     Maze_free(maze, true);
 }
 
 TEST(Walker_bestexit, has_none_for_a_zero_step)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     const Best best = best_of(maze, 0.0, 0.0, 0.0);
     EXPECT_EQ(best.exit, -1);
     EXPECT_EQ(best.fraction, 0.0);
@@ -86,7 +86,7 @@ TEST(Walker_bestexit, has_none_for_a_zero_step)
 
 TEST(Walker_bestexit, has_none_where_every_exit_lies_behind)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
     const Best best = best_of(maze, -1.0, -0.1, 0.0);
     EXPECT_EQ(best.exit, -1);
     EXPECT_EQ(best.fraction, 0.0);
@@ -95,14 +95,14 @@ TEST(Walker_bestexit, has_none_where_every_exit_lies_behind)
 
 TEST(Walker_bestexit, has_none_square_to_the_step)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     EXPECT_EQ(best_of(maze, 0.0, 3.0, 0.0).exit, -1);
     Maze_free(maze, true);
 }
 
 TEST(Walker_bestexit, slides_toward_the_node_by_the_two_angles)
 {
-    Maze* const maze = make_star({{2.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
+    Maze* const maze = make_spokes({{2.0, 0.0, 0.0}, {0.0, 1.0, 0.0}});
     const f64 angle = 0.3; // from the first exit
     const Best best = best_of(maze, std::cos(angle), std::sin(angle), 0.0);
     EXPECT_EQ(best.exit, 0);
@@ -113,7 +113,7 @@ TEST(Walker_bestexit, slides_toward_the_node_by_the_two_angles)
 
 TEST(Walker_bestexit, gives_0_for_two_exits_dead_ahead)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}, {2.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}, {2.0, 0.0, 0.0}});
     const Best best = best_of(maze, 0.5, 0.0, 0.0);
     EXPECT_EQ(best.exit, 1);
     EXPECT_EQ(best.fraction, 0.0);
@@ -128,7 +128,7 @@ TEST(Walker_bestexit, holds_a_cosine_that_rounding_raises_above_1)
         const f64 x = rnd(2.0) - 1.0;
         const f64 y = rnd(2.0) - 1.0;
         const f64 z = rnd(2.0) - 1.0;
-        Maze* const maze = make_star({{x, y, z}, {2.0 * x, 2.0 * y, 2.0 * z}, {-y, x, 0.01}});
+        Maze* const maze = make_spokes({{x, y, z}, {2.0 * x, 2.0 * y, 2.0 * z}, {-y, x, 0.01}});
         const f64 length = std::sqrt(x * x + y * y + z * z);
         const f64 k = 1.0 / length;
         raised += (x * (x * k) + y * (y * k) + z * (z * k)) / length > 1.0 ? 1 : 0;
@@ -141,14 +141,14 @@ TEST(Walker_bestexit, holds_a_cosine_that_rounding_raises_above_1)
 
 TEST(Walker_bestexit, never_takes_an_exit_of_no_length)
 {
-    Maze* const maze = make_star({{0.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{0.0, 0.0, 0.0}});
     EXPECT_EQ(best_of(maze, 1.0, 1.0, 1.0).exit, -1);
     Maze_free(maze, true);
 }
 
 TEST(Walker_bestexit, works_without_a_fraction)
 {
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     const Walker walker = {.pos = {maze, 0}, .step = {1.0, 0.0, 0.0}};
     const Pos exits[1] = {{maze, 1}};
     EXPECT_EQ(Walker_bestexit(&walker, exits, 1, nullptr), 0);
@@ -157,7 +157,7 @@ TEST(Walker_bestexit, works_without_a_fraction)
 
 TEST(Walker_bestexit, has_none_without_exits)
 {
-    Maze* const maze = make_star({});
+    Maze* const maze = make_spokes({});
     EXPECT_EQ(best_of(maze, 1.0, 0.0, 0.0).exit, -1);
     Maze_free(maze, true);
 }
@@ -165,7 +165,7 @@ TEST(Walker_bestexit, has_none_without_exits)
 TEST(MazeGame_viewpos, is_the_node_for_a_zero_step)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     stand(&held, maze, maze, 1);
     f64 seen[3];
     MazeGame_viewpos(seen, &held.game);
@@ -177,7 +177,7 @@ TEST(MazeGame_viewpos, is_the_node_for_a_zero_step)
 TEST(MazeGame_viewpos, lies_on_the_way_to_the_best_exit)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 8.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 8.0}});
     stand(&held, maze, maze, 0);
     step_to(&held, 1.0, 0.0, 2.0);
     f64 seen[3];
@@ -190,7 +190,7 @@ TEST(MazeGame_viewpos, lies_on_the_way_to_the_best_exit)
 TEST(MazeGame_viewpos, is_the_node_where_every_exit_lies_behind)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     step_to(&held, -1.0, 0.0, 0.0);
     f64 seen[3];
@@ -220,7 +220,7 @@ TEST(MazeGame_viewpos, stays_finite_on_any_places_and_steps)
             value = values[irand(16)];
         }
         HeldGame held;
-        Maze* const maze = make_star({{v[0], v[1], v[2]}, {v[3], v[4], v[5]}});
+        Maze* const maze = make_spokes({{v[0], v[1], v[2]}, {v[3], v[4], v[5]}});
         stand(&held, maze, maze, 0);
         Maze_node(maze, 0)->pos[0] = v[6];
         Maze_node(maze, 0)->pos[1] = v[7];
@@ -235,7 +235,7 @@ TEST(MazeGame_viewpos, stays_finite_on_any_places_and_steps)
 TEST(MazeGame_viewpos_radius, gives_the_radius_between_the_two_nodes)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     Maze_node(maze, 1)->radius = 0.1;
     stand(&held, maze, maze, 0);
     step_to(&held, 3.0, 0.0, 0.0);
@@ -249,7 +249,7 @@ TEST(MazeGame_viewpos_radius, gives_the_radius_between_the_two_nodes)
 TEST(MazeGame_viewpos_radius, gives_the_radius_of_the_node_for_a_zero_step)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     Maze_node(maze, 1)->radius = 0.1;
     stand(&held, maze, maze, 1);
     f64 seen[3];
@@ -261,7 +261,7 @@ TEST(MazeGame_viewpos_radius, gives_the_radius_of_the_node_for_a_zero_step)
 TEST(MazeGame_move, adds_to_the_step)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     move_by(&held, 1.0, 0.5, 0.0);
     move_by(&held, 1.0, 0.25, -1.0);
@@ -274,7 +274,7 @@ TEST(MazeGame_move, adds_to_the_step)
 TEST(MazeGame_move, changes_the_node_once_the_whole_length_is_passed)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     held->time = 12.5;
     move_by(&held, 4.25, 0.5, 0.0);
@@ -293,7 +293,7 @@ TEST(MazeGame_move, changes_the_node_once_the_whole_length_is_passed)
 TEST(MazeGame_move, stays_at_exactly_the_whole_length)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     move_by(&held, 4.0, 0.0, 0.0);
     EXPECT_EQ(held->pos.node, 0);
@@ -304,7 +304,7 @@ TEST(MazeGame_move, stays_at_exactly_the_whole_length)
 TEST(MazeGame_move, moves_one_node_at_most_and_keeps_nothing_of_the_rest)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     Maze_join(maze, 1, add_node(maze, 2.0, 0.0));
     stand(&held, maze, maze, 0);
     move_by(&held, 1000.0, 0.0, 0.0);
@@ -316,7 +316,7 @@ TEST(MazeGame_move, moves_one_node_at_most_and_keeps_nothing_of_the_rest)
 TEST(MazeGame_move, drops_a_step_with_all_exits_behind_it)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}, {0.0, 4.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}, {0.0, 4.0, 0.0}});
     stand(&held, maze, maze, 0);
     move_by(&held, -0.5, -0.5, 0.0);
     for (const f64 left : held->step) {
@@ -327,7 +327,7 @@ TEST(MazeGame_move, drops_a_step_with_all_exits_behind_it)
 TEST(MazeGame_move, drops_a_step_on_a_node_without_exits)
 {
     HeldGame held;
-    Maze* const maze = make_star({});
+    Maze* const maze = make_spokes({});
     stand(&held, maze, maze, 0);
     move_by(&held, 0.5, 0.5, 0.0);
     EXPECT_EQ(held->step[0], 0.0);
@@ -337,7 +337,7 @@ TEST(MazeGame_move, drops_a_step_on_a_node_without_exits)
 TEST(MazeGame_move, never_takes_an_exit_of_no_length)
 {
     HeldGame held;
-    Maze* const maze = make_star({{0.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{0.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     move_by(&held, 5.0, 5.0, 5.0);
     EXPECT_EQ(held->pos.node, 0);
@@ -377,7 +377,7 @@ TEST(MazeGame_move, keeps_the_step_finite)
 {
     for (const f64 bad : {nan_value, inf, -inf, DBL_MAX}) {
         HeldGame held;
-        Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+        Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
         stand(&held, maze, maze, 0);
         move_by(&held, bad, 1.0, 0.0);
         move_by(&held, bad, 1.0, 0.0);
@@ -398,7 +398,7 @@ static Roamer* add_roamer(HeldGame* held, Maze* maze, i32 node, f64 timer, f64 p
 TEST(MazeGame_moveroamers, waits_until_the_timer_has_run_down)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     const Roamer* const roamer = add_roamer(&held, maze, 0, 0.5, 0.25);
     rnd_seed(1);
@@ -411,7 +411,7 @@ TEST(MazeGame_moveroamers, waits_until_the_timer_has_run_down)
 TEST(MazeGame_moveroamers, steps_when_the_timer_reaches_0)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     const Roamer* const roamer = add_roamer(&held, maze, 0, 0.5, 0.25);
     MazeGame_moveroamers(&held.game, 0.5);
@@ -423,7 +423,7 @@ TEST(MazeGame_moveroamers, steps_when_the_timer_reaches_0)
 TEST(MazeGame_moveroamers, stamps_a_trail_and_no_visit)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     held->time = 9.0;
     add_roamer(&held, maze, 0, 0.0, 0.25);
@@ -438,7 +438,7 @@ TEST(MazeGame_moveroamers, stamps_a_trail_and_no_visit)
 TEST(MazeGame_moveroamers, turns_round_in_a_dead_end_after_50_tries)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0}});
     stand(&held, maze, maze, 0);
     Roamer* const roamer = add_roamer(&held, maze, 1, 0.0, 0.25);
     roamer->prev = {maze, 0};
@@ -454,7 +454,7 @@ TEST(MazeGame_moveroamers, goes_on_where_there_is_a_way_on)
     rnd_seed(4);
     for (i32 i = 0; i < 100; i++) {
         HeldGame held;
-        Maze* const maze = make_star({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}});
+        Maze* const maze = make_spokes({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}});
         stand(&held, maze, maze, 0);
         Roamer* const roamer = add_roamer(&held, maze, 0, 0.0, 0.25);
         roamer->prev = {maze, 2};
@@ -480,7 +480,7 @@ TEST(MazeGame_moveroamers, does_not_take_the_same_number_in_another_maze_for_the
 TEST(MazeGame_moveroamers, stays_on_a_node_without_exits)
 {
     HeldGame held;
-    Maze* const maze = make_star({});
+    Maze* const maze = make_spokes({});
     stand(&held, maze, maze, 0);
     const Roamer* const roamer = add_roamer(&held, maze, 0, 0.0, 0.25);
     MazeGame_moveroamers(&held.game, 0.125);
@@ -491,13 +491,13 @@ TEST(MazeGame_moveroamers, stays_on_a_node_without_exits)
 TEST(MazeGame_moveroamers, lets_the_last_draw_first)
 {
     HeldGame held;
-    Maze* const maze = make_star({{1.0, 0.0, 0.0},
-                                  {0.0, 1.0, 0.0},
-                                  {-1.0, 0.0, 0.0},
-                                  {0.0, -1.0, 0.0},
-                                  {0.0, 0.0, 1.0},
-                                  {0.0, 0.0, -1.0},
-                                  {1.0, 1.0, 0.0}});
+    Maze* const maze = make_spokes({{1.0, 0.0, 0.0},
+                                    {0.0, 1.0, 0.0},
+                                    {-1.0, 0.0, 0.0},
+                                    {0.0, -1.0, 0.0},
+                                    {0.0, 0.0, 1.0},
+                                    {0.0, 0.0, -1.0},
+                                    {1.0, 1.0, 0.0}});
     stand(&held, maze, maze, 0);
     for (i32 i = 0; i < 5; i++) {
         add_roamer(&held, maze, 0, 0.0, 0.25);
@@ -623,7 +623,7 @@ TEST(MazeGame_new, puts_the_eye_50_radii_above_the_player)
 TEST(MazeGame_startcamera, follows_the_third_row_of_the_view)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     stand(&held, maze, maze, 1);
     held->orient[6] = 0.0;
     held->orient[7] = 0.6;
@@ -640,7 +640,7 @@ TEST(MazeGame_startcamera, bears_any_radius_and_view)
     for (const f64 radius : {0.0, -1.0, 5e-324, DBL_MAX, -DBL_MAX}) {
         for (const f64 row : {0.0, 1.0, DBL_MAX, -DBL_MAX}) {
             HeldGame held;
-            Maze* const maze = make_star({{4.0, DBL_MAX, 0.0}});
+            Maze* const maze = make_spokes({{4.0, DBL_MAX, 0.0}});
             stand(&held, maze, maze, 1);
             Maze_node(maze, 0)->radius = radius;
             held->orient[7] = row;
@@ -674,7 +674,7 @@ TEST(MazeGame_free, bears_a_game_without_a_world)
 TEST(MazeGame_walker, is_the_place_and_the_step)
 {
     HeldGame held;
-    Maze* const maze = make_star({{4.0, 0.0, 0.0}});
+    Maze* const maze = make_spokes({{4.0, 0.0, 0.0}});
     stand(&held, maze, maze, 1);
     step_to(&held, 1.0, 2.0, 3.0);
     const Walker walker = MazeGame_walker(&held.game);

@@ -6,7 +6,7 @@
 TEST(Maze_save, writes_75_bytes_for_one_node_without_edges_and_name)
 {
     HeldGame held;
-    Maze* const maze = make_star({});
+    Maze* const maze = make_spokes({});
     stand(&held, maze, maze, 0);
     EXPECT_EQ(saved(&held.game).size(), 75U + 4 + GAME_TAIL);
 }
@@ -46,7 +46,7 @@ TEST(Maze_save, writes_each_field_in_its_place)
 TEST(Maze_save, ends_the_block_of_a_named_maze_with_the_name_and_a_0)
 {
     HeldGame held;
-    Maze* const maze = make_star({});
+    Maze* const maze = make_spokes({});
     str_set(&maze->name, "ab");
     stand(&held, maze, maze, 0);
     const Bytes got = saved(&held.game);
@@ -63,7 +63,7 @@ TEST(Maze_save, puts_a_submaze_right_behind_its_node)
     for (i32 i = 0; i < 4; i++) {
         add_node(root, i, 0.0);
     }
-    Maze* const sub = make_star({});
+    Maze* const sub = make_spokes({});
     hang(root, 2, sub);
     str_set(&sub->name, "in");
     stand(&held, root, sub, 0);
@@ -84,19 +84,24 @@ TEST(Maze_save, puts_a_submaze_right_behind_its_node)
     EXPECT_EQ(got, want);
 }
 
+static void expect_bytes(const u8* at, const void* value, size_t n)
+{
+    EXPECT_EQ(std::memcmp(at, value, n), 0);
+}
+
 TEST(MazeGame_save, writes_the_record_from_the_clock_on)
 {
     HeldGame held;
     make_walked_nest(&held);
     const Bytes got = saved(&held.game);
     const u8* const tail = got.data() + got.size() - GAME_TAIL;
-    EXPECT_EQ(std::memcmp(tail, &held->time, 8), 0);
-    EXPECT_EQ(std::memcmp(tail + 8, held->orient, 72), 0);
-    EXPECT_EQ(std::memcmp(tail + 80, held->campos, 24), 0);
-    EXPECT_EQ(std::memcmp(tail + 104, &held->zoom, 8), 0);
-    EXPECT_EQ(std::memcmp(tail + 112, &held->view, 360), 0);
-    EXPECT_EQ(std::memcmp(tail + 472, &held->showtrail, 4), 0);
-    EXPECT_EQ(std::memcmp(tail + 476, &held->showexits, 4), 0);
+    expect_bytes(tail, &held->time, 8);
+    expect_bytes(tail + 8, held->orient, 72);
+    expect_bytes(tail + 80, held->campos, 24);
+    expect_bytes(tail + 104, &held->zoom, 8);
+    expect_bytes(tail + 112, &held->view, 360);
+    expect_bytes(tail + 472, &held->showtrail, 4);
+    expect_bytes(tail + 476, &held->showexits, 4);
 }
 
 TEST(MazeGame_save, writes_zeros_for_the_array_header)
@@ -110,7 +115,7 @@ TEST(MazeGame_save, writes_zeros_for_the_array_header)
 TEST(MazeGame_save, writes_zeros_for_the_padding_of_a_record)
 {
     HeldGame held;
-    Maze* const maze = make_star({});
+    Maze* const maze = make_spokes({});
     stand(&held, maze, maze, 0);
     std::memset(&Maze_node(maze, 0)->rec, 0xAB, sizeof(VisitRec));
     Maze_node(maze, 0)->rec.walked = -1.0;
@@ -170,7 +175,7 @@ TEST(MazeGame_save, leaves_the_old_file_where_the_new_one_cannot_be_made)
     HeldGame held;
     make_walked_nest(&held);
     char why[SAVE_WHY] = "";
-    EXPECT_FALSE(MazeGame_save(&held.game, (folder / "none/save").c_str(), why));
+    EXPECT_FALSE(MazeGame_save(&held.game, folder.file("none/save").c_str(), why));
     EXPECT_NE(std::string(why), "");
     EXPECT_TRUE(fs::is_empty(folder.path));
 }
@@ -204,8 +209,8 @@ TEST(savefile_build, tells_each_submaze_its_place)
     EXPECT_EQ(Maze_node(west, 3)->sub->parent, west);
     EXPECT_EQ(Maze_node(west, 3)->sub->parentnode, 3);
     const Folder folder;
-    EXPECT_EQ(Maze_dump(root, (folder / "dump").c_str(), "loaded", MAZE_DUMP_ALL), 0);
-    const Bytes dump = read_bytes(folder / "dump");
+    EXPECT_EQ(Maze_dump(root, folder.file("dump").c_str(), "loaded", MAZE_DUMP_ALL), 0);
+    const Bytes dump = read_bytes(folder.file("dump"));
     EXPECT_EQ(std::string(dump.begin(), dump.end()).find("ERROR"), std::string::npos);
 }
 
@@ -381,7 +386,7 @@ TEST(MazeGame_load, finds_no_file)
     const Folder folder;
     MazeGame game;
     char why[SAVE_WHY];
-    EXPECT_EQ(MazeGame_load(&game, (folder / "save").c_str(), why), SAVE_MISSING);
+    EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_MISSING);
     EXPECT_TRUE(fs::is_empty(folder.path));
 }
 
@@ -391,12 +396,12 @@ TEST(MazeGame_load, goes_on_with_what_was_saved)
     HeldGame held;
     make_walked_nest(&held);
     char why[SAVE_WHY];
-    ASSERT_TRUE(MazeGame_save(&held.game, (folder / "save").c_str(), why)) << why;
+    ASSERT_TRUE(MazeGame_save(&held.game, folder.file("save").c_str(), why)) << why;
     HeldGame again;
-    ASSERT_EQ(MazeGame_load(&again.game, (folder / "save").c_str(), why), SAVE_LOADED) << why;
+    ASSERT_EQ(MazeGame_load(&again.game, folder.file("save").c_str(), why), SAVE_LOADED) << why;
     expect_good(&again.game);
     EXPECT_EQ(again->time, held->time);
-    EXPECT_TRUE(fs::exists(folder / "save"));
+    EXPECT_TRUE(fs::exists(folder.file("save")));
 }
 
 TEST(MazeGame_load, sets_an_unsound_file_aside)
@@ -404,17 +409,17 @@ TEST(MazeGame_load, sets_an_unsound_file_aside)
     const Folder folder;
     Bytes bytes = line_file(3);
     bytes[5 + 36] = 7;
-    write_bytes(folder / "save", bytes);
+    write_bytes(folder.file("save"), bytes);
     MazeGame game = {};
     char why[SAVE_WHY];
-    EXPECT_EQ(MazeGame_load(&game, (folder / "save").c_str(), why), SAVE_REFUSED);
+    EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
     EXPECT_EQ(game.root, nullptr);
-    EXPECT_FALSE(fs::exists(folder / "save"));
-    EXPECT_EQ(read_bytes(folder / "save.bad"), bytes);
+    EXPECT_FALSE(fs::exists(folder.file("save")));
+    EXPECT_EQ(read_bytes(folder.file("save.bad")), bytes);
     EXPECT_EQ(std::string(why),
-              "The saved game " + (folder / "save") +
+              "The saved game " + folder.file("save") +
                   " can't be used: root maze, node 0: edge to 7 of 3. It is now " +
-                  (folder / "save.bad") + ".");
+                  folder.file("save.bad") + ".");
 }
 
 TEST(MazeGame_load, keeps_the_files_that_were_set_aside_before)
@@ -424,40 +429,40 @@ TEST(MazeGame_load, keeps_the_files_that_were_set_aside_before)
     MazeGame game = {};
     const char* const names[] = {"save.bad", "save.bad-2", "save.bad-3"};
     for (u8 i = 0; i < 3; i++) {
-        write_bytes(folder / "save", Bytes(3, i));
-        EXPECT_EQ(MazeGame_load(&game, (folder / "save").c_str(), why), SAVE_REFUSED);
-        EXPECT_NE(std::string(why).find(folder / names[i]), std::string::npos) << why;
-        EXPECT_NE(std::string(why).find((folder / "save") + " "), std::string::npos) << why;
+        write_bytes(folder.file("save"), Bytes(3, i));
+        EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
+        EXPECT_NE(std::string(why).find(folder.file(names[i])), std::string::npos) << why;
+        EXPECT_NE(std::string(why).find(folder.file("save") + " "), std::string::npos) << why;
     }
     for (u8 i = 0; i < 3; i++) {
-        EXPECT_EQ(read_bytes(folder / names[i]), Bytes(3, i));
+        EXPECT_EQ(read_bytes(folder.file(names[i])), Bytes(3, i));
     }
 }
 
 TEST(MazeGame_load, sets_a_folder_of_that_name_aside)
 {
     const Folder folder;
-    fs::create_directory(folder / "save");
+    fs::create_directory(folder.file("save"));
     MazeGame game = {};
     char why[SAVE_WHY];
-    EXPECT_EQ(MazeGame_load(&game, (folder / "save").c_str(), why), SAVE_REFUSED);
-    EXPECT_TRUE(fs::is_directory(folder / "save.bad"));
+    EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
+    EXPECT_TRUE(fs::is_directory(folder.file("save.bad")));
 }
 
 TEST(MazeGame_load, sets_a_link_to_nowhere_aside)
 {
     const Folder folder;
-    fs::create_symlink(folder / "nowhere", folder / "save");
+    fs::create_symlink(folder.file("nowhere"), folder.file("save"));
     MazeGame game = {};
     char why[SAVE_WHY];
-    EXPECT_EQ(MazeGame_load(&game, (folder / "save").c_str(), why), SAVE_REFUSED);
-    EXPECT_TRUE(fs::is_symlink(folder / "save.bad"));
+    EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
+    EXPECT_TRUE(fs::is_symlink(folder.file("save.bad")));
 }
 
 TEST(MazeGame_load, tells_that_a_file_could_not_be_set_aside)
 {
     const Folder folder;
-    const std::string path = folder / std::string(253, 'x').c_str(); // no room for an ending
+    const std::string path = folder.file(std::string(253, 'x')); // no room for an ending
     write_bytes(path, Bytes(3, 1));
     MazeGame game = {};
     char why[SAVE_WHY];
@@ -469,9 +474,9 @@ TEST(MazeGame_load, tells_that_a_file_could_not_be_set_aside)
 TEST(MazeGame_load, refuses_an_empty_file)
 {
     const Folder folder;
-    write_bytes(folder / "save", {});
+    write_bytes(folder.file("save"), {});
     MazeGame game = {};
     char why[SAVE_WHY];
-    EXPECT_EQ(MazeGame_load(&game, (folder / "save").c_str(), why), SAVE_REFUSED);
-    EXPECT_TRUE(fs::exists(folder / "save.bad"));
+    EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
+    EXPECT_TRUE(fs::exists(folder.file("save.bad")));
 }

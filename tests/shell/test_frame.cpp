@@ -49,7 +49,7 @@ struct Saved {
     {
         std::string why(SAVE_WHY, 0);
         loaded =
-            MazeGame_load(&game, folder.at("maze_save.dat").c_str(), why.data()) == SAVE_LOADED;
+            MazeGame_load(&game, folder.file("maze_save.dat").c_str(), why.data()) == SAVE_LOADED;
         EXPECT_TRUE(loaded) << why.c_str();
     }
     ~Saved()
@@ -68,7 +68,7 @@ TEST(driver_start, leaves_complete_settings_before_the_window_opens)
     Session session(&backend);
     ASSERT_TRUE(session.start());
     EXPECT_EQ(found_at_open, first_settings);
-    EXPECT_EQ(session.folder.names(), "config.txt");
+    EXPECT_EQ(session.folder.listing(), "config.txt");
 }
 
 TEST(driver_start, opens_three_fifths_of_the_display_by_default)
@@ -655,7 +655,7 @@ TEST(driver_stop, saves_nothing_else_than_game_and_settings)
     const Folder folder;
     const Played played = play(folder, "at 3 close\n");
     EXPECT_EQ(played.outcome.code, 0);
-    EXPECT_EQ(folder.names(), "config.txt maze_save.dat");
+    EXPECT_EQ(folder.listing(), "config.txt maze_save.dat");
 }
 
 TEST(driver_stop, saves_a_game_that_loads_after_a_window_without_width)
@@ -666,18 +666,27 @@ TEST(driver_stop, saves_a_game_that_loads_after_a_window_without_width)
     EXPECT_EQ(first.outcome.code, 0) << first.outcome.err;
     const Played second = play(folder, "at 2 close\n");
     EXPECT_EQ(second.outcome.out, "");
-    EXPECT_EQ(folder.names(), "config.txt maze_save.dat");
+    EXPECT_EQ(folder.listing(), "config.txt maze_save.dat");
     EXPECT_GT(second.log.real(0, "time"), first.log.real(3, "time"));
+}
+
+// A prefix that signals the command once a file is there, for which it waits a minute at most.
+static std::string signalled(const char* name, const std::string& file)
+{
+    return "sh -c '(for i in $(seq 600); do [ -s " + file +
+           " ] && break; sleep 0.1; done; kill -s " + name + " $$) & exec \"$@\"' sh";
 }
 
 TEST(driver_stop, saves_after_a_signal_to_end)
 {
     for (const char* const name : {"TERM", "INT", "HUP"}) {
         const Folder folder;
-        const Played played = play(folder, "", "--size 64x48 --frames 100000000",
-                                   std::string("timeout --preserve-status -s ") + name + " 1");
+        const Folder side; // for the picture that tells that frames are shown
+        const std::string shown = side.file("shown.png");
+        const Played played = play(folder, "at 2 shot " + shown + "\n",
+                                   "--size 64x48 --frames 100000000", signalled(name, shown));
         EXPECT_EQ(played.outcome.code, 0) << name << played.outcome.err;
-        EXPECT_EQ(folder.names(), "config.txt maze_save.dat") << name;
+        EXPECT_EQ(folder.listing(), "config.txt maze_save.dat") << name;
         const Saved saved(folder);
     }
 }
@@ -688,13 +697,13 @@ TEST(driver_stop, saves_although_nobody_reads_its_messages)
     const Folder side;
     folder.write("maze_save.dat", "this is no world"); // there is something to tell
     side.write("script", "at 3 close\n");
-    run_in(folder, "(sleep 0.2; " + program("corvane-play") + " " + side.at("script") +
-                       " --size 64x48; echo $? >" + side.at("code") + ") | true");
+    run_in(folder, "(sleep 0.2; " + program("corvane-play") + " " + side.file("script") +
+                       " --size 64x48; echo $? >" + side.file("code") + ") | true");
     for (i32 tries = 0; tries < 200 && side.read("code").empty(); tries++) {
         usleep(50000);
     }
     EXPECT_EQ(side.read("code"), "0\n");
-    EXPECT_EQ(folder.names(), "config.txt maze_save.dat maze_save.dat.bad warnings.log");
+    EXPECT_EQ(folder.listing(), "config.txt maze_save.dat maze_save.dat.bad warnings.log");
     const Saved saved(folder);
 }
 
@@ -711,15 +720,15 @@ TEST(driver_stop, tells_a_folder_that_cannot_be_written_and_ends_with_code_1)
     const std::string save = folder.read("maze_save.dat");
     const Folder tools; // where anybody may start them
     std::filesystem::permissions(tools.path, std::filesystem::perms(0755));
-    std::filesystem::copy(program("corvane-play"), tools.path / "corvane-play");
+    std::filesystem::copy(program("corvane-play"), tools.file("corvane-play"));
     tools.write("script", "at 4 press Q\n");
     std::filesystem::permissions(folder.path, std::filesystem::perms(0555));
     const Outcome outcome =
-        run_in(folder, as_nobody() + " " + tools.at("corvane-play") + " " + tools.at("script"));
+        run_in(folder, as_nobody() + " " + tools.file("corvane-play") + " " + tools.file("script"));
     EXPECT_EQ(outcome.code, 1);
     EXPECT_NE(outcome.out.find("config.txt"), std::string::npos) << outcome.out;
     EXPECT_NE(outcome.out.find("maze_save.dat"), std::string::npos) << outcome.out;
-    EXPECT_EQ(folder.names(), "maze_save.dat");
+    EXPECT_EQ(folder.listing(), "maze_save.dat");
     EXPECT_EQ(folder.read("maze_save.dat"), save);
 }
 
@@ -770,7 +779,7 @@ TEST(driver_stop, does_not_save_over_a_bad_save_that_could_not_be_renamed)
     const std::string out = run.stop();
     EXPECT_EQ(run.session.code, 1);
     EXPECT_EQ(run.session.folder.read("maze_save.dat"), "this is no world");
-    EXPECT_EQ(run.session.folder.names(), "config.txt maze_save.dat warnings.log");
+    EXPECT_EQ(run.session.folder.listing(), "config.txt maze_save.dat warnings.log");
     EXPECT_EQ(setting(run.session.folder, "Swap stereo"), "Y");
     EXPECT_NE(out.find("While it stays there no game is saved over it"), std::string::npos) << out;
     EXPECT_NE(out.find("The game is not saved in maze_save.dat. Could not rename"),
@@ -820,7 +829,7 @@ TEST(driver_run, ends_with_code_0_and_saves_nothing_without_a_size)
     EXPECT_EQ(played.outcome.code, 0);
     EXPECT_EQ(played.outcome.err,
               "No window: the Resolution '640x' in config.txt gives no size.\n");
-    EXPECT_EQ(folder.names(), "config.txt");
+    EXPECT_EQ(folder.listing(), "config.txt");
 }
 
 TEST(driver_run, prints_the_split_of_the_start_by_the_environment)

@@ -41,14 +41,14 @@ TEST(corvane_play, prints_its_help)
                                    "minimise", "shot FILE.png"}) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
     }
-    EXPECT_EQ(folder.names(), "");
+    EXPECT_EQ(folder.listing(), "");
 }
 
 TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
 {
     const Folder side;
     side.write("ok", "at 3 close\n");
-    const std::string ok = side.at("ok");
+    const std::string ok = side.file("ok");
     const struct {
         std::string arguments, part;
     } cases[] = {
@@ -65,15 +65,15 @@ TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {ok + " --frames 1.5", "--frames"},
         {ok + " --display 0,0", "--display"},
         {ok + " --display 0,0,10x", "--display"},
-        {side.at("absent"), "no such file"},
-        {side.path.string(), side.path.string()},
-        {ok + " --log " + side.at("absent/log"), "log"},
+        {side.file("absent"), "no such file"},
+        {side.path, side.path},
+        {ok + " --log " + side.file("absent/log"), "log"},
     };
     for (const auto& one : cases) {
         const Folder folder;
         SCOPED_TRACE(one.arguments);
         expect_refusal(play_in(folder, one.arguments), "corvane-play", one.part);
-        EXPECT_EQ(folder.names(), "");
+        EXPECT_EQ(folder.listing(), "");
     }
 }
 
@@ -109,10 +109,10 @@ TEST(corvane_play, refuses_a_bad_line_of_the_script_with_its_number)
         const Folder side;
         side.write("script", std::string("# first\n\n") + one.line + "\nat 9 close\n");
         SCOPED_TRACE(one.line);
-        const Outcome outcome = play_in(folder, side.at("script"));
+        const Outcome outcome = play_in(folder, side.file("script"));
         expect_refusal(outcome, "corvane-play", one.part);
         EXPECT_NE(outcome.err.find("script:3: "), std::string::npos) << outcome.err;
-        EXPECT_EQ(folder.names(), "");
+        EXPECT_EQ(folder.listing(), "");
     }
 }
 
@@ -121,7 +121,7 @@ TEST(corvane_play, refuses_a_script_that_nothing_ends)
     const Folder folder;
     const Folder side;
     side.write("script", "at 1 hold W\nat 5 release Q\n");
-    expect_refusal(play_in(folder, side.at("script")), "corvane-play", "nothing ends the run");
+    expect_refusal(play_in(folder, side.file("script")), "corvane-play", "nothing ends the run");
 }
 
 TEST(corvane_play, refuses_a_script_that_is_no_text)
@@ -129,7 +129,7 @@ TEST(corvane_play, refuses_a_script_that_is_no_text)
     const Folder folder;
     const Folder side;
     side.write("script", std::string("at 1 close\0\n", 12));
-    expect_refusal(play_in(folder, side.at("script")), "corvane-play", "not a text file");
+    expect_refusal(play_in(folder, side.file("script")), "corvane-play", "not a text file");
 }
 
 TEST(corvane_play, logs_a_line_a_frame_under_its_heading)
@@ -139,7 +139,7 @@ TEST(corvane_play, logs_a_line_a_frame_under_its_heading)
     leave_line(folder);
     side.write("script", "at 4 close # then no more\r\n");
     const Outcome outcome =
-        play_in(folder, side.at("script") + " --size 64x48 --log " + side.at("log"));
+        play_in(folder, side.file("script") + " --size 64x48 --log " + side.file("log"));
     EXPECT_EQ(outcome.code, 0) << outcome.err;
     const std::vector<std::string> lines = cut(side.read("log"), '\n');
     ASSERT_EQ(lines.size(), 5U); // the last ends the text
@@ -183,11 +183,11 @@ TEST(corvane_play, takes_pictures_of_what_a_frame_shows)
         play(folder, "at 2 shot first.png\nat 3 resize 90 60\nat 3 shot second.png\n"
                      "at 4 close\n");
     EXPECT_EQ(played.outcome.code, 0) << played.outcome.err;
-    const Picture first = read_png(folder.at("first.png"));
+    const Picture first = read_png(folder.file("first.png"));
     EXPECT_EQ(first.width, 64U);
     EXPECT_EQ(first.height, 48U);
     EXPECT_GT(first.lit(), 20);
-    const Picture second = read_png(folder.at("second.png"));
+    const Picture second = read_png(folder.file("second.png"));
     EXPECT_EQ(second.width, 90U);
     EXPECT_EQ(second.height, 60U);
     EXPECT_GT(second.lit(), 20);
@@ -210,7 +210,7 @@ TEST(corvane_play, tells_a_picture_of_a_frame_that_never_came)
     const Played played = play(folder, "at 3 shot some.png\nat 3 close\nat 2 shot other.png\n");
     EXPECT_EQ(played.outcome.code, 2);
     EXPECT_EQ(played.outcome.err, "corvane-play: some.png: the run ended before frame 3\n");
-    EXPECT_EQ(folder.names(), "config.txt maze_save.dat other.png");
+    EXPECT_EQ(folder.listing(), "config.txt maze_save.dat other.png");
 }
 
 TEST(corvane_play, opens_864_by_648_on_one_display_if_nothing_else_is_said)
@@ -272,7 +272,7 @@ TEST(corvane_shot, prints_its_help)
           "--zoom", "--first-person", "--clock", "--plot", "--trail"}) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
     }
-    EXPECT_EQ(folder.names(), "");
+    EXPECT_EQ(folder.listing(), "");
 }
 
 TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
@@ -280,7 +280,7 @@ TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
     const Folder side;
     leave_line(side);
     side.write("bad", "no world");
-    const std::string world = "--world " + side.at("maze_save.dat");
+    const std::string world = "--world " + side.file("maze_save.dat");
     const struct {
         std::string arguments, part;
     } cases[] = {
@@ -313,17 +313,17 @@ TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {world + " --out a.png --at :20", "20 nodes"},
         {world + " --out a.png --at 3:0", "node 3 holds no submaze"},
         {world + " --out a.png --at 99:0", "node 99 holds no submaze"},
-        {"--world " + side.at("absent") + " --out a.png", "no such file"},
-        {"--world " + side.at("bad") + " --out a.png", side.at("bad")},
+        {"--world " + side.file("absent") + " --out a.png", "no such file"},
+        {"--world " + side.file("bad") + " --out a.png", side.file("bad")},
         {world + " --out nowhere/a.png", "nowhere/a.png"},
     };
     for (const auto& one : cases) {
         const Folder folder;
         SCOPED_TRACE(one.arguments);
         expect_refusal(shot_in(folder, one.arguments), "corvane-shot", one.part);
-        EXPECT_EQ(folder.names(), "");
+        EXPECT_EQ(folder.listing(), "");
     }
-    EXPECT_EQ(side.names(), "bad maze_save.dat"); // nothing was set aside
+    EXPECT_EQ(side.listing(), "bad maze_save.dat"); // nothing was set aside
 }
 
 TEST(corvane_shot, draws_a_new_world_in_the_size_asked_for_and_writes_nothing_else)
@@ -331,8 +331,8 @@ TEST(corvane_shot, draws_a_new_world_in_the_size_asked_for_and_writes_nothing_el
     const Folder folder;
     const Outcome outcome = shot_in(folder, "--seed 5 --out a.png --size 120x90");
     EXPECT_EQ(outcome.code, 0) << outcome.err;
-    EXPECT_EQ(folder.names(), "a.png");
-    const Picture picture = read_png(folder.at("a.png"));
+    EXPECT_EQ(folder.listing(), "a.png");
+    const Picture picture = read_png(folder.file("a.png"));
     EXPECT_EQ(picture.width, 120U);
     EXPECT_EQ(picture.height, 90U);
     EXPECT_GT(picture.lit(), 100);
@@ -355,7 +355,7 @@ TEST(corvane_shot, shows_a_saved_world_as_its_next_start_does)
     const std::string world = "--world maze_save.dat --size 64x48";
     EXPECT_EQ(shot_in(folder, world + " --clock 0.016666666666666666 --out a.png").code, 0);
     play(folder, "at 1 shot b.png\nat 2 close\n");
-    EXPECT_EQ(read_png(folder.at("a.png")).rgb, read_png(folder.at("b.png")).rgb);
+    EXPECT_EQ(read_png(folder.file("a.png")).rgb, read_png(folder.file("b.png")).rgb);
 }
 
 // A picture of the line world, seen from node 10 if nothing else is said.
@@ -364,7 +364,7 @@ static Picture line_picture(const Folder& folder, const std::string& options)
     const Outcome outcome =
         shot_in(folder, "--world maze_save.dat --out a.png --size 96x72 --clock 1000 " + options);
     EXPECT_EQ(outcome.code, 0) << options << ": " << outcome.err;
-    return read_png(folder.at("a.png"));
+    return read_png(folder.file("a.png"));
 }
 
 TEST(corvane_shot, places_the_player_and_its_view)
@@ -433,10 +433,10 @@ TEST(corvane_shot, walks_a_trail_that_shows_its_age)
     leave_line(folder, 20, 0);
     MazeGame game;
     std::string why(SAVE_WHY, 0);
-    ASSERT_EQ(MazeGame_load(&game, folder.at("maze_save.dat").c_str(), why.data()), SAVE_LOADED);
+    ASSERT_EQ(MazeGame_load(&game, folder.file("maze_save.dat").c_str(), why.data()), SAVE_LOADED);
     game.showtrail = 1;
     game.showexits = 0;
-    ASSERT_TRUE(MazeGame_save(&game, folder.at("maze_save.dat").c_str(), why.data()));
+    ASSERT_TRUE(MazeGame_save(&game, folder.file("maze_save.dat").c_str(), why.data()));
     MazeGame_free(&game);
     // From node 0 the line leads one way only, so ten steps end on node 10.
     const Picture walked = line_picture(folder, "--trail 10");

@@ -400,7 +400,7 @@ static void compare(const Folder& folder, const std::vector<Input>& inputs, bool
 {
     MazeGame game;
     std::string why(SAVE_WHY, 0);
-    ASSERT_EQ(MazeGame_load(&game, folder.at("maze_save.dat").c_str(), why.data()), SAVE_LOADED);
+    ASSERT_EQ(MazeGame_load(&game, folder.file("maze_save.dat").c_str(), why.data()), SAVE_LOADED);
     Model model;
     model.framed = framed;
     model.pos = game.pos;
@@ -437,7 +437,7 @@ static void leave_generated(const Folder& folder, u32 seed)
     MazeGame game;
     MazeGame_new(&game, 0);
     std::string why(SAVE_WHY, 0);
-    EXPECT_TRUE(MazeGame_save(&game, folder.at("maze_save.dat").c_str(), why.data()));
+    EXPECT_TRUE(MazeGame_save(&game, folder.file("maze_save.dat").c_str(), why.data()));
     MazeGame_free(&game);
 }
 
