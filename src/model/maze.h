@@ -58,12 +58,6 @@ struct Maze {
     f64 drawradius;        // negative while stale
 };
 
-/// The node array as what it is; good until the next node is added or deleted.
-inline MazeNode* Maze_nodes(const Maze* maze)
-{
-    return items<MazeNode>(&maze->nodes);
-}
-
 /// Node `n`, trusted to exist; good until the next node is added or deleted.
 inline MazeNode* Maze_node(const Maze* maze, i32 n)
 {

@@ -345,7 +345,7 @@ TEST(Pos_marktrailed, stamps_the_same_places_and_nothing_else)
     Pos_marktrailed({world.root.get(), 0}, {world.left, 0}, 5.0);
     Pos_marktrailed({world.left, 0}, {world.left, 1}, 6.0);
     EXPECT_SOUND(world.root.get());
-    const MazeNode* const nodes = Maze_nodes(world.root.get());
+    const MazeNode* const nodes = items<MazeNode>(&world.root->nodes);
     EXPECT_EQ(3.0, nodes[1].edgerec[1].trailed);
     EXPECT_EQ(3.0, nodes[2].edgerec[0].trailed);
     EXPECT_EQ(3.0, nodes[2].rec.trailed);

@@ -48,6 +48,8 @@ static bool reachdesktop()
         return false;
     }
     SDL_StopTextInput();
+    SDL_EventState(SDL_DROPFILE, SDL_IGNORE); // a dropped file's name would have to be freed
+    SDL_EventState(SDL_DROPTEXT, SDL_IGNORE);
     const char* driver = SDL_GetCurrentVideoDriver();
     wayland = driver != nullptr && std::strcmp(driver, "wayland") == 0;
     reached = true;
