@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,9 +17,11 @@ enum {
     BUFFER_SIZE = 65536,
     MAXTEMPS = 1000,     // names tried for the new file
     MAXSETASIDE = 99999, // names tried for a file that goes out of the way
+    MAXNUMBER = 99999,   // names tried for a file that replaces none
 };
 
 static const char* const nowhere = "It is a link to a file that is not there";
+static const char* const nonameleft = "No name is left for it";
 static const char* const special = "It is not an ordinary file";
 
 [[gnu::format(printf, 2, 3)]] static void tell(char* why, const char* format, ...)
@@ -188,6 +191,13 @@ static void takeover(WholeFile* file, const struct stat* old)
     }
 }
 
+static void makebuffer(WholeFile* file)
+{
+    if (!file->failed) {
+        file->buf = static_cast<u8*>(std::malloc(BUFFER_SIZE));
+    }
+}
+
 void wholefile_begin(WholeFile* file, const char* path)
 {
     *file = {};
@@ -203,9 +213,20 @@ void wholefile_begin(WholeFile* file, const char* path)
     if (!file->failed && replaces) {
         takeover(file, &old);
     }
+    makebuffer(file);
+}
+
+void wholefile_begin_numbered(WholeFile* file, const char* path)
+{
+    *file = {};
+    file->handle = -1;
+    file->numbered = true;
+    copypath(file->path, path);
+    resolvenew(file, path);
     if (!file->failed) {
-        file->buf = static_cast<u8*>(std::malloc(BUFFER_SIZE));
+        opentemp(file);
     }
+    makebuffer(file);
 }
 
 static void writeout(WholeFile* file, const u8* bytes, size_t size)
@@ -275,6 +296,60 @@ static void syncfolder(WholeFile* file)
     close(handle);
 }
 
+// Puts a number before the ending of the file's name: maze_save-2.dat.
+static bool numberpath(char* out, const char* path, i32 number)
+{
+    const char* const slash = std::strrchr(path, '/');
+    const char* const name = slash != nullptr ? slash + 1 : path;
+    const char* const dot = std::strrchr(name, '.');
+    const char* const ending = dot != nullptr && dot != name ? dot : name + std::strlen(name);
+    const int size = std::snprintf(out, WHOLEFILE_PATH, "%.*s-%d%s",
+                                   static_cast<int>(ending - path), path, number, ending);
+    return size < WHOLEFILE_PATH;
+}
+
+// Gives a file a name that nothing has yet. Gives 0 or the number of the error, EEXIST if something
+// has it.
+static int renameto(const char* temp, const char* path)
+{
+    if (renameat2(AT_FDCWD, temp, AT_FDCWD, path, RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // Not on this file system: an empty file takes the name, and only its maker replaces it.
+    const int handle = opennew(path);
+    if (handle < 0) {
+        return errno;
+    }
+    close(handle);
+    if (rename(temp, path) == 0) {
+        return 0;
+    }
+    const int error = errno;
+    unlink(path);
+    return error;
+}
+
+static void renamenumbered(WholeFile* file)
+{
+    for (i32 i = 2; i <= MAXNUMBER; i++) { // upward, for the lowest free number
+        char path[WHOLEFILE_PATH];
+        const int error =
+            numberpath(path, file->path, i) ? renameto(file->temp, path) : ENAMETOOLONG;
+        if (error == 0) {
+            copypath(file->path, path);
+            return;
+        }
+        if (error != EEXIST) {
+            fail(file, "Could not make", path, error);
+            return;
+        }
+    }
+    failfor(file, "Could not write a file beside", file->path, nonameleft);
+}
+
 static void replace(WholeFile* file)
 {
     writeout(file, file->buf, file->used);
@@ -282,7 +357,9 @@ static void replace(WholeFile* file)
         fail(file, "Could not write", file->path, errno);
     }
     closefile(file);
-    if (!file->failed && rename(file->temp, file->path) != 0) {
+    if (!file->failed && file->numbered) {
+        renamenumbered(file);
+    } else if (!file->failed && rename(file->temp, file->path) != 0) {
         fail(file, "Could not replace", file->path, errno);
     }
     if (file->failed) {
@@ -395,6 +472,29 @@ bool wholefile_setaside(const char* path, char* newname, char* why)
         tell(why, "Could not rename %s: %s", path, std::strerror(errno));
         return false;
     }
-    tell(why, "Could not rename %s: No name is left for it", path);
+    tell(why, "Could not rename %s: %s", path, nonameleft);
     return false;
+}
+
+WholeFileLock wholefile_lock(const char* folder, int* handle)
+{
+    *handle = -1;
+    const int opened = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) {
+        return WHOLEFILE_LOCKLESS;
+    }
+    if (flock(opened, LOCK_EX | LOCK_NB) == 0) {
+        *handle = opened;
+        return WHOLEFILE_LOCKED;
+    }
+    const bool taken = errno == EWOULDBLOCK;
+    close(opened);
+    return taken ? WHOLEFILE_TAKEN : WHOLEFILE_LOCKLESS;
+}
+
+void wholefile_unlock(int handle)
+{
+    if (handle >= 0) {
+        close(handle);
+    }
 }

@@ -6,6 +6,8 @@
 // link to a file is kept as a link: what it points to is replaced. A link that leads nowhere, a folder,
 // a device and a write-protected file are refused. The permission bits of the old file are kept, and
 // its owner where the system lets it. Failures are told by a text, never by ending the process.
+//
+// A folder can be locked against other processes, so that one of them alone replaces its files.
 #pragma once
 
 #include "base/types.h"
@@ -17,9 +19,10 @@ enum { WHOLEFILE_PATH = 4096, WHOLEFILE_WHY = 5000 };
 struct WholeFile {
     int handle;                // of the new file, -1 if there is none
     bool failed;               // a step has failed; later steps do nothing
+    bool numbered;             // it gets a free name, and replaces nothing
     u8* buf;                   // owned, bytes not yet written
     size_t used;               // bytes in buf
-    char path[WHOLEFILE_PATH]; // the file that is replaced
+    char path[WHOLEFILE_PATH]; // the file that is replaced, or the new one by its number
     char temp[WHOLEFILE_PATH]; // the new file
     char why[WHOLEFILE_WHY];   // what failed, in a sentence; empty if nothing has
 };
@@ -27,12 +30,18 @@ struct WholeFile {
 /// Begins a replacement of the file at `path`. A failure is remembered and told by the end.
 void wholefile_begin(WholeFile* file, const char* path);
 
+/// Begins a new file beside the one at `path` that never replaces another: at the end it gets the first
+/// free name in the manner of maze_save-2.dat, maze_save-3.dat and so on, which stands in `path` then.
+/// Of several processes that end one at the same time each gets a name of its own.
+void wholefile_begin_numbered(WholeFile* file, const char* path);
+
 /// Appends bytes. Does nothing if a step has failed.
 void wholefile_put(WholeFile* file, const void* bytes, size_t size);
 
 /// Ends the replacement: true if the file at `path` is now the new one, safe on the disk. Otherwise
 /// the old one is whole, the new one is gone, and `why` tells what happened; only if the very last
-/// step fails, the sync of the folder, the new one is in place already.
+/// step fails, the sync of the folder, the new one is in place already. A new file by its number ends
+/// the same way, but for the old one.
 bool wholefile_end(WholeFile* file);
 
 enum WholeFileRead { WHOLEFILE_READ, WHOLEFILE_MISSING, WHOLEFILE_UNREADABLE };
@@ -47,3 +56,18 @@ WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* w
 /// (WHOLEFILE_PATH chars) receives the name. False if the file could not be renamed, with `why` as
 /// above; the file is then where it was.
 bool wholefile_setaside(const char* path, char* newname, char* why);
+
+enum WholeFileLock {
+    WHOLEFILE_LOCKED,   // this process holds the lock
+    WHOLEFILE_TAKEN,    // another holder has it
+    WHOLEFILE_LOCKLESS, // neither: the folder can't be read, or its file system knows no locks
+};
+
+/// Takes the lock of a folder without waiting. The lock is on the folder itself: it leaves no file
+/// behind, needs a folder that can be read and not one that can be written, and holds whatever path
+/// led there. The system frees it when the process ends, however it ends; a process that is forked
+/// off while it is held shares it. `handle` receives what wholefile_unlock wants, -1 if not LOCKED.
+WholeFileLock wholefile_lock(const char* folder, int* handle);
+
+/// Frees the lock. Does nothing for -1.
+void wholefile_unlock(int handle);

@@ -110,15 +110,29 @@ static void puttail(WholeFile* file, const MazeGame* game)
     wholefile_put(file, tail, sizeof tail);
 }
 
+static bool putgame(const MazeGame* game, WholeFile* file, char* why)
+{
+    Maze_save(game->root, file, game->pos.maze);
+    wholefile_put(file, &game->pos.node, 4);
+    puttail(file, game);
+    const bool saved = wholefile_end(file);
+    std::snprintf(why, SAVE_WHY, "%s", file->why);
+    return saved;
+}
+
 bool MazeGame_save(const MazeGame* game, const char* path, char* why)
 {
     WholeFile file;
     wholefile_begin(&file, path);
-    Maze_save(game->root, &file, game->pos.maze);
-    wholefile_put(&file, &game->pos.node, 4);
-    puttail(&file, game);
-    const bool saved = wholefile_end(&file);
-    std::snprintf(why, SAVE_WHY, "%s", file.why);
+    return putgame(game, &file, why);
+}
+
+bool MazeGame_savebeside(const MazeGame* game, const char* path, char* newname, char* why)
+{
+    WholeFile file;
+    wholefile_begin_numbered(&file, path);
+    const bool saved = putgame(game, &file, why);
+    std::snprintf(newname, WHOLEFILE_PATH, "%s", file.path);
     return saved;
 }
 
@@ -220,23 +234,41 @@ static SaveLoad refuse(const char* path, const char* fault, char* why)
     return SAVE_STUCK;
 }
 
-SaveLoad MazeGame_load(MazeGame* out, const char* path, char* why)
+// Loads, but leaves a file that it refuses where it is; `fault` (SAVE_WHY chars) tells the reason.
+static SaveLoad loadsound(MazeGame* out, const char* path, char* fault)
 {
-    char fault[SAVE_WHY] = "";
     u8* bytes = nullptr;
     size_t size = 0;
-    *why = 0;
+    *fault = 0;
     const WholeFileRead read = wholefile_read(path, &bytes, &size, fault);
-    if (read == WHOLEFILE_MISSING) {
-        return SAVE_MISSING;
-    }
-    if (read == WHOLEFILE_UNREADABLE) {
-        return refuse(path, fault, why);
+    if (read != WHOLEFILE_READ) {
+        return read == WHOLEFILE_MISSING ? SAVE_MISSING : SAVE_STUCK;
     }
     const bool sound = savefile_check(bytes, size, fault);
     if (sound) {
         savefile_build(out, bytes, size);
     }
     std::free(bytes);
-    return sound ? SAVE_LOADED : refuse(path, fault, why);
+    return sound ? SAVE_LOADED : SAVE_STUCK;
+}
+
+SaveLoad MazeGame_load(MazeGame* out, const char* path, char* why)
+{
+    char fault[SAVE_WHY];
+    const SaveLoad outcome = loadsound(out, path, fault);
+    *why = 0;
+    return outcome == SAVE_STUCK ? refuse(path, fault, why) : outcome;
+}
+
+SaveLoad MazeGame_loadshared(MazeGame* out, const char* path, char* why)
+{
+    char fault[SAVE_WHY];
+    const SaveLoad outcome = loadsound(out, path, fault);
+    *why = 0;
+    if (outcome == SAVE_STUCK) {
+        std::snprintf(why, SAVE_WHY,
+                      "The saved game %.*s can't be used: %.*s. It is left to the other copy.",
+                      SAID, path, SAID, fault);
+    }
+    return outcome;
 }

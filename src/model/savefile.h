@@ -22,6 +22,11 @@ void Maze_save(const Maze* maze, WholeFile* file, const Maze* current);
 /// as it was, and `why` (SAVE_WHY chars) tells what happened.
 bool MazeGame_save(const MazeGame* game, const char* path, char* why);
 
+/// Writes the game beside `path`, in a file that replaces none: maze_save-2.dat for maze_save.dat, or
+/// with the next number that is free. `newname` (WHOLEFILE_PATH chars) receives its full path. False
+/// if that failed; `why` as above.
+bool MazeGame_savebeside(const MazeGame* game, const char* path, char* newname, char* why);
+
 /// Whether `size` bytes are a sound save file. If not, `why` (SAVE_WHY chars) tells the first fault
 /// and where it is, as "maze 1/17, node 3: edge to 12 of 10" with the path of node numbers from the
 /// root. Counts are checked against the bytes that are left before anything is allocated; memory
@@ -48,3 +53,7 @@ enum SaveLoad {
 /// can be; `why` (SAVE_WHY chars) then tells what was wrong and where the file is now. `out` is written
 /// only with SAVE_LOADED.
 SaveLoad MazeGame_load(MazeGame* out, const char* path, char* why);
+
+/// As MazeGame_load, but the file at `path` is another's and is only read: one that is refused stays
+/// where it is, with SAVE_STUCK.
+SaveLoad MazeGame_loadshared(MazeGame* out, const char* path, char* why);

@@ -133,11 +133,24 @@ static bool openwindow(const ConfigList* config)
     return true;
 }
 
+// The lock is taken before the save file is looked at, and kept until it has been written.
+static void lockfolder(Driver* driver)
+{
+    driver->second_copy = wholefile_lock(".", &driver->folder_lock) == WHOLEFILE_TAKEN;
+    if (driver->second_copy) {
+        report_notice("Corvane", 0,
+                      "Another copy of Corvane runs in this folder. This one does not write "
+                      "maze_save.dat: at its end its game is saved in maze_save-2.dat, or with the "
+                      "next number that is free.");
+    }
+}
+
 static void startgame(Driver* driver)
 {
     char why[SAVE_WHY];
     MazeGame scratch;
-    const SaveLoad outcome = MazeGame_load(&scratch, save_path, why);
+    const SaveLoad outcome = driver->second_copy ? MazeGame_loadshared(&scratch, save_path, why)
+                                                 : MazeGame_load(&scratch, save_path, why);
     driver->save_stuck = outcome == SAVE_STUCK;
     if (outcome == SAVE_REFUSED || outcome == SAVE_STUCK) {
         report_notice("Corvane", 0, why);
@@ -176,6 +189,7 @@ bool driver_start(Driver* driver, bool times)
         return false;
     }
     lap("window");
+    lockfolder(driver);
     startgame(driver);
     lap("world");
     startloop(driver);
@@ -359,8 +373,26 @@ static bool clearway(char* why)
     return true;
 }
 
+static bool savebeside(const Driver* driver)
+{
+    char newname[WHOLEFILE_PATH];
+    char why[SAVE_WHY];
+    if (!MazeGame_savebeside(&driver->game, save_path, newname, why)) {
+        tellunsaved("The game is not saved beside maze_save.dat", why);
+        return false;
+    }
+    char message[WHOLEFILE_PATH + 100];
+    std::snprintf(message, sizeof message,
+                  "The game is saved in %s. To go on with it, rename it maze_save.dat.", newname);
+    report_notice("Corvane", 0, message);
+    return true;
+}
+
 static bool savegame(const Driver* driver)
 {
+    if (driver->second_copy) {
+        return savebeside(driver);
+    }
     char why[SAVE_WHY];
     if ((!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why)) {
         return true;
@@ -386,6 +418,7 @@ int driver_stop(Driver* driver)
     storestereo(driver);
     const bool settingssaved = savesettings(&driver->config);
     config_free(&driver->config);
+    wholefile_unlock(driver->folder_lock);
     gfx_close();
     return gamesaved && settingssaved ? 0 : 1;
 }

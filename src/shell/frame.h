@@ -14,7 +14,9 @@ struct Driver {
     i32 wished_height = 0;
 
     MazeGame game;
-    bool save_stuck; // a refused save lies where the game is saved, and is not written over
+    bool second_copy; // another copy runs in this folder: maze_save.dat is that one's to write
+    int folder_lock;  // handle of the lock on the folder, -1 without it
+    bool save_stuck;  // a refused save lies where the game is saved, and is not written over
     ConfigList config;
     Camera camera;
     i32 stereo_mode;
@@ -29,7 +31,9 @@ struct Driver {
 
 /// Start-up, for the back end in use: settings, random seed, window, game, first pump. The seed is the
 /// settings' "Seed" if there is one (decimal, below 2^32; anything else there is told as a notice),
-/// otherwise the clock's milliseconds. A save file that is refused is told, and a new game starts.
+/// otherwise the clock's milliseconds. A save file that is refused is told, and a new game starts. Of
+/// the copies in one folder the first holds it for its run; each later one tells that it will not write
+/// the save file, and only reads it. Where the folder can't be locked a copy counts as the first.
 /// False if there is no size for a window: that is told on standard error, and nothing is open or
 /// held then. Fatal if the window can't be made.
 /// `times`, if set, prints how long each step took on standard error, up to the first swap; of what
@@ -42,7 +46,8 @@ bool driver_frame(Driver* driver);
 
 /// Exit: saves the game, frees it, writes the settings, and closes the window if it is still open.
 /// Touches no GL function if the window was closed. A refused save that could not be renamed at the
-/// start is not written over, unless it is out of the way by now or can be renamed now. Returns the
+/// start is not written over, unless it is out of the way by now or can be renamed now. A second copy
+/// saves in a new file with a number, even if the first has ended, and tells which. Returns the
 /// exit code of the process: 1 if a file could not be written (which has then been told), else 0.
 int driver_stop(Driver* driver);
 
