@@ -9,9 +9,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -27,6 +29,8 @@ struct Faults {
     int foldersync_error = 0;
     int close_error = 0; // told after the file has been closed
     int rename_error = 0;
+    int exclusive_error = 0; // of a rename that must replace nothing
+    int lock_error = 0;
     std::vector<std::string> calls; // that were not interrupted
 
     Faults();
@@ -137,6 +141,28 @@ int rename(const char* before, const char* after) noexcept
         }
     }
     return renameat(AT_FDCWD, before, AT_FDCWD, after);
+}
+
+int renameat2(int from, const char* before, int to, const char* after, unsigned flags) noexcept
+{
+    if (faults != nullptr) {
+        faults->calls.push_back("exclusive rename");
+        if (faults->exclusive_error != 0) {
+            return failed_with(faults->exclusive_error);
+        }
+    }
+    return static_cast<int>(syscall(SYS_renameat2, from, before, to, after, flags));
+}
+
+int flock(int handle, int operation) noexcept
+{
+    if (faults != nullptr) {
+        faults->calls.push_back("lock");
+        if (faults->lock_error != 0) {
+            return failed_with(faults->lock_error);
+        }
+    }
+    return static_cast<int>(syscall(SYS_flock, handle, operation));
 }
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
@@ -843,4 +869,355 @@ TEST(wholefile_setaside, tells_of_a_path_that_leaves_no_room_for_a_name)
     const AsideRun run = set_aside(std::string(WHOLEFILE_PATH - 4, 'n'));
     EXPECT_FALSE(run.done);
     EXPECT_NE(run.why, "");
+}
+
+// Writes `text` beside `path`; the name that it got, without the folder, or "" if it failed, which
+// `why` then tells.
+static std::string write_beside(const std::string& path, const std::string& text,
+                                std::string* why = nullptr)
+{
+    WholeFile file;
+    wholefile_begin_numbered(&file, path.c_str());
+    wholefile_put(&file, text.data(), text.size());
+    const bool done = wholefile_end(&file);
+    EXPECT_EQ(done, std::string(file.why).empty()) << file.why;
+    if (why != nullptr) {
+        *why = file.why;
+    }
+    return done ? std::filesystem::path(file.path).filename().string() : "";
+}
+
+TEST(wholefile_begin_numbered, puts_the_number_before_the_ending)
+{
+    const TempFolder folder;
+    EXPECT_EQ(write_beside(folder.file("save.dat"), "a"), "save-2.dat");
+    EXPECT_EQ(write_beside(folder.file("two.dots.dat"), "b"), "two.dots-2.dat");
+    EXPECT_EQ(write_beside(folder.file("plain"), "c"), "plain-2");
+    EXPECT_EQ(write_beside(folder.file(".hidden"), "d"), ".hidden-2");
+    EXPECT_EQ(folder.names(), (Names{".hidden-2", "plain-2", "save-2.dat", "two.dots-2.dat"}));
+    EXPECT_EQ(read_text(folder.file("save-2.dat")), "a");
+}
+
+TEST(wholefile_begin_numbered, tells_the_full_path_of_a_bare_name)
+{
+    const TempFolder folder;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path);
+    WholeFile file;
+    wholefile_begin_numbered(&file, "save.dat");
+    EXPECT_TRUE(wholefile_end(&file)) << file.why;
+    std::filesystem::current_path(before);
+    EXPECT_EQ(file.path, folder.file("save-2.dat"));
+}
+
+// Whatever has a name keeps it: a file, an empty file, a folder, a link that leads nowhere.
+static void keep_all_names()
+{
+    const TempFolder folder;
+    write_text(folder.file("save.dat"), "first");
+    write_text(folder.file("save-2.dat"), "second");
+    write_text(folder.file("save-3.dat"), "");
+    std::filesystem::create_directory(folder.file("save-4.dat"));
+    std::filesystem::create_symlink(folder.file("gone"), folder.file("save-5.dat"));
+    EXPECT_EQ(write_beside(folder.file("save.dat"), "new"), "save-6.dat");
+    EXPECT_EQ(read_text(folder.file("save.dat")), "first");
+    EXPECT_EQ(read_text(folder.file("save-2.dat")), "second");
+    EXPECT_EQ(read_text(folder.file("save-3.dat")), "");
+    EXPECT_EQ(read_text(folder.file("save-6.dat")), "new");
+    EXPECT_EQ(folder.names(), (Names{"save-2.dat", "save-3.dat", "save-4.dat", "save-5.dat",
+                                     "save-6.dat", "save.dat"}));
+}
+
+TEST(wholefile_begin_numbered, never_replaces_anything)
+{
+    keep_all_names();
+}
+
+TEST(wholefile_begin_numbered, never_replaces_anything_on_a_file_system_without_such_renames)
+{
+    for (const int error : {EINVAL, ENOSYS}) {
+        Faults provoked;
+        provoked.exclusive_error = error;
+        keep_all_names();
+        EXPECT_EQ(std::count(provoked.calls.begin(), provoked.calls.end(), "rename"), 1);
+    }
+}
+
+TEST(wholefile_begin_numbered, syncs_the_file_before_it_gets_its_name_and_the_folder_after_it)
+{
+    const TempFolder folder;
+    const Faults counted;
+    EXPECT_EQ(write_beside(folder.file("save.dat"), "text"), "save-2.dat");
+    EXPECT_EQ(counted.calls,
+              (Names{"write", "sync file", "close", "exclusive rename", "sync folder", "close"}));
+}
+
+TEST(wholefile_begin_numbered, leaves_nothing_after_a_failure_and_tells_it)
+{
+    void (*const cases[])(Faults*) = {
+        [](Faults* provoked) { provoked->write_error = EIO; },
+        [](Faults* provoked) { provoked->sync_error = EIO; },
+        [](Faults* provoked) { provoked->close_error = EIO; },
+        [](Faults* provoked) { provoked->exclusive_error = EIO; },
+        [](Faults* provoked) {
+            provoked->exclusive_error = EINVAL;
+            provoked->rename_error = EIO;
+        },
+    };
+    for (const auto provoke : cases) {
+        const TempFolder folder;
+        write_text(folder.file("save.dat"), "first");
+        std::string why;
+        {
+            Faults provoked;
+            provoke(&provoked);
+            EXPECT_EQ(write_beside(folder.file("save.dat"), "text", &why), "");
+        }
+        expect_says(why, folder.path, EIO);
+        EXPECT_EQ(folder.names(), Names{"save.dat"});
+    }
+}
+
+TEST(wholefile_begin_numbered, tells_a_missing_folder_and_a_name_without_room)
+{
+    const TempFolder folder;
+    std::string why;
+    EXPECT_EQ(write_beside(folder.file("nowhere/save.dat"), "text", &why), "");
+    expect_says(why, folder.file("nowhere"), ENOENT);
+    EXPECT_EQ(write_beside(folder.file(std::string(255, 'n')), "text", &why), "");
+    expect_says(why, folder.path, ENAMETOOLONG);
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+// Runs `body` in a process of its own for each number below `count`, all let go at once. The exit
+// codes that aren't 0.
+static int race(int count, bool (*body)(const std::string& path, int number),
+                const std::string& path)
+{
+    int gate[2];
+    EXPECT_EQ(pipe(gate), 0);
+    std::vector<pid_t> children;
+    for (int i = 0; i < count; i++) {
+        const pid_t child = fork();
+        if (child == 0) {
+            char end;
+            close(gate[1]);
+            read(gate[0], &end, 1); // until the parent closes the other end
+            _exit(body(path, i) ? 0 : 1);
+        }
+        children.push_back(child);
+    }
+    close(gate[0]);
+    close(gate[1]);
+    int failures = 0;
+    for (const pid_t child : children) {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        failures += status != 0 ? 1 : 0;
+    }
+    return failures;
+}
+
+// What the numbered files of a folder hold, in the order of the alphabet.
+static Names held(const TempFolder& folder)
+{
+    Names texts;
+    for (const std::string& name : folder.names()) {
+        texts.push_back(read_text(folder.file(name)));
+    }
+    std::sort(texts.begin(), texts.end());
+    return texts;
+}
+
+static bool put_number(const std::string& path, int number)
+{
+    return !write_beside(path, std::to_string(number)).empty();
+}
+
+TEST(wholefile_begin_numbered, loses_nothing_when_many_processes_end_at_once)
+{
+    for (i32 i = 0; i < 50; i++) {
+        const TempFolder folder;
+        EXPECT_EQ(race(8, put_number, folder.file("save.dat")), 0);
+        EXPECT_EQ(held(folder), (Names{"0", "1", "2", "3", "4", "5", "6", "7"}));
+        EXPECT_EQ(folder.names(), (Names{"save-2.dat", "save-3.dat", "save-4.dat", "save-5.dat",
+                                         "save-6.dat", "save-7.dat", "save-8.dat", "save-9.dat"}));
+    }
+}
+
+TEST(wholefile_begin_numbered, loses_nothing_in_a_race_without_such_renames)
+{
+    Faults provoked; // the processes inherit it
+    provoked.exclusive_error = EINVAL;
+    for (i32 i = 0; i < 50; i++) {
+        const TempFolder folder;
+        EXPECT_EQ(race(8, put_number, folder.file("save.dat")), 0);
+        EXPECT_EQ(held(folder), (Names{"0", "1", "2", "3", "4", "5", "6", "7"}));
+    }
+}
+
+// The lock of a folder, freed at the end of the block.
+struct HeldLock {
+    int handle = -1;
+    WholeFileLock outcome;
+
+    explicit HeldLock(const std::string& folder) : outcome(wholefile_lock(folder.c_str(), &handle))
+    {
+    }
+    ~HeldLock()
+    {
+        wholefile_unlock(handle);
+    }
+    HeldLock(const HeldLock&) = delete;
+    HeldLock& operator=(const HeldLock&) = delete;
+};
+
+TEST(wholefile_lock, is_held_once_and_leaves_no_file)
+{
+    const TempFolder folder;
+    const HeldLock first(folder.path);
+    const HeldLock second(folder.path);
+    EXPECT_EQ(first.outcome, WHOLEFILE_LOCKED);
+    EXPECT_GE(first.handle, 0);
+    EXPECT_EQ(second.outcome, WHOLEFILE_TAKEN);
+    EXPECT_EQ(second.handle, -1);
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(wholefile_lock, is_of_one_folder_only)
+{
+    const TempFolder folder;
+    const TempFolder other;
+    const HeldLock first(folder.path);
+    const HeldLock second(other.path);
+    EXPECT_EQ(second.outcome, WHOLEFILE_LOCKED);
+}
+
+TEST(wholefile_lock, is_of_the_folder_and_not_of_its_path)
+{
+    const TempFolder folder;
+    const TempFolder other;
+    std::filesystem::create_symlink(folder.path, other.file("link"));
+    const HeldLock first(folder.path);
+    EXPECT_EQ(HeldLock(other.file("link")).outcome, WHOLEFILE_TAKEN);
+    EXPECT_EQ(HeldLock(folder.path + "/.").outcome, WHOLEFILE_TAKEN);
+}
+
+TEST(wholefile_lock, can_be_taken_again_after_it_was_freed)
+{
+    const TempFolder folder;
+    EXPECT_EQ(HeldLock(folder.path).outcome, WHOLEFILE_LOCKED);
+    EXPECT_EQ(HeldLock(folder.path).outcome, WHOLEFILE_LOCKED);
+    wholefile_unlock(-1);
+}
+
+TEST(wholefile_lock, is_freed_when_its_process_is_killed)
+{
+    const TempFolder folder;
+    int gate[2];
+    ASSERT_EQ(pipe(gate), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        int handle;
+        const char told = wholefile_lock(folder.path.c_str(), &handle) == WHOLEFILE_LOCKED ? 1 : 0;
+        write(gate[1], &told, 1);
+        pause();
+        _exit(0);
+    }
+    char told = 0;
+    EXPECT_EQ(read(gate[0], &told, 1), 1);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(HeldLock(folder.path).outcome, WHOLEFILE_TAKEN);
+    kill(child, SIGKILL);
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+    EXPECT_EQ(HeldLock(folder.path).outcome, WHOLEFILE_LOCKED);
+    close(gate[0]);
+    close(gate[1]);
+}
+
+TEST(wholefile_lock, is_not_handed_to_a_program_that_is_started)
+{
+    const TempFolder folder;
+    const HeldLock lock(folder.path);
+    const int flags = fcntl(lock.handle, F_GETFD);
+    ASSERT_GE(flags, 0);
+    EXPECT_NE(static_cast<unsigned>(flags) & FD_CLOEXEC, 0U);
+}
+
+// Asks for the lock in as many processes as asked for, which live until all have an answer. How many
+// hold it.
+static int count_holders(const std::string& path, int processes)
+{
+    int answers[2];
+    EXPECT_EQ(pipe(answers), 0);
+    std::vector<pid_t> children;
+    for (int i = 0; i < processes; i++) {
+        const pid_t child = fork();
+        if (child == 0) {
+            int handle;
+            const char held = wholefile_lock(path.c_str(), &handle) == WHOLEFILE_LOCKED ? 1 : 0;
+            write(answers[1], &held, 1);
+            pause();
+            _exit(0);
+        }
+        children.push_back(child);
+    }
+    close(answers[1]);
+    int holders = 0;
+    for (int i = 0; i < processes; i++) {
+        char held = 0;
+        EXPECT_EQ(read(answers[0], &held, 1), 1);
+        holders += held;
+    }
+    close(answers[0]);
+    for (const pid_t child : children) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    return holders;
+}
+
+TEST(wholefile_lock, goes_to_one_of_many_that_ask_at_once)
+{
+    const TempFolder folder;
+    for (i32 i = 0; i < 50; i++) {
+        EXPECT_EQ(count_holders(folder.path, 8), 1);
+    }
+}
+
+TEST(wholefile_lock, needs_no_folder_that_can_be_written)
+{
+    const OpenFolder folder;
+    ASSERT_EQ(chmod(folder.path.c_str(), 0555), 0);
+    const OrdinaryUser user;
+    const HeldLock first(folder.path);
+    const HeldLock second(folder.path);
+    EXPECT_EQ(first.outcome, WHOLEFILE_LOCKED);
+    EXPECT_EQ(second.outcome, WHOLEFILE_TAKEN);
+}
+
+TEST(wholefile_lock, says_that_there_is_none_where_it_cannot_be_taken)
+{
+    const OpenFolder folder;
+    write_text(folder.file("plain"), "a file");
+    EXPECT_EQ(HeldLock(folder.file("gone")).outcome, WHOLEFILE_LOCKLESS);
+    EXPECT_EQ(HeldLock(folder.file("plain")).outcome, WHOLEFILE_LOCKLESS);
+    ASSERT_EQ(chmod(folder.path.c_str(), 0333), 0);
+    const OrdinaryUser user;
+    EXPECT_EQ(HeldLock(folder.path).outcome, WHOLEFILE_LOCKLESS);
+}
+
+TEST(wholefile_lock, says_that_there_is_none_on_a_file_system_without_locks)
+{
+    const TempFolder folder;
+    for (const int error : {EBADF, ENOLCK, EOPNOTSUPP, EINVAL}) {
+        Faults provoked;
+        provoked.lock_error = error;
+        const HeldLock lock(folder.path);
+        EXPECT_EQ(lock.outcome, WHOLEFILE_LOCKLESS);
+        EXPECT_EQ(lock.handle, -1);
+        EXPECT_EQ(provoked.calls, (Names{"lock", "close"}));
+    }
 }
