@@ -480,3 +480,80 @@ TEST(MazeGame_load, refuses_an_empty_file)
     EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
     EXPECT_TRUE(fs::exists(folder.file("save.bad")));
 }
+
+TEST(MazeGame_savebeside, writes_what_a_save_writes_in_a_file_of_its_own)
+{
+    const Folder folder;
+    HeldGame held;
+    make_walked_nest(&held);
+    write_bytes(folder.file("save.dat"), Bytes(3, 1));
+    char newname[WHOLEFILE_PATH];
+    char why[SAVE_WHY];
+    ASSERT_TRUE(MazeGame_savebeside(&held.game, folder.file("save.dat").c_str(), newname, why))
+        << why;
+    EXPECT_EQ(std::string(newname), folder.file("save-2.dat"));
+    EXPECT_EQ(read_bytes(folder.file("save-2.dat")), saved(&held.game));
+    EXPECT_EQ(read_bytes(folder.file("save.dat")), Bytes(3, 1));
+}
+
+TEST(MazeGame_savebeside, tells_why_it_failed)
+{
+    const Folder folder;
+    HeldGame held;
+    make_walked_nest(&held);
+    char newname[WHOLEFILE_PATH];
+    char why[SAVE_WHY];
+    EXPECT_FALSE(
+        MazeGame_savebeside(&held.game, folder.file("nowhere/save.dat").c_str(), newname, why));
+    EXPECT_NE(std::string(why).find(folder.file("nowhere")), std::string::npos) << why;
+}
+
+TEST(MazeGame_loadshared, loads_a_sound_file)
+{
+    const Folder folder;
+    HeldGame held;
+    make_walked_nest(&held);
+    char why[SAVE_WHY];
+    ASSERT_TRUE(MazeGame_save(&held.game, folder.file("save").c_str(), why)) << why;
+    HeldGame again;
+    ASSERT_EQ(MazeGame_loadshared(&again.game, folder.file("save").c_str(), why), SAVE_LOADED);
+    expect_good(&again.game);
+    EXPECT_STREQ(why, "");
+}
+
+TEST(MazeGame_loadshared, leaves_a_refused_file_where_it_is)
+{
+    const Folder folder;
+    Bytes bytes = line_file(3);
+    bytes[5 + 36] = 7;
+    write_bytes(folder.file("save"), bytes);
+    MazeGame game = {};
+    char why[SAVE_WHY];
+    EXPECT_EQ(MazeGame_loadshared(&game, folder.file("save").c_str(), why), SAVE_STUCK);
+    EXPECT_EQ(game.root, nullptr);
+    EXPECT_EQ(read_bytes(folder.file("save")), bytes);
+    EXPECT_FALSE(fs::exists(folder.file("save.bad")));
+    EXPECT_EQ(
+        std::string(why),
+        "The saved game " + folder.file("save") +
+            " can't be used: root maze, node 0: edge to 7 of 3. It is left to the other copy.");
+}
+
+TEST(MazeGame_loadshared, leaves_a_folder_of_that_name_where_it_is)
+{
+    const Folder folder;
+    fs::create_directory(folder.file("save"));
+    MazeGame game = {};
+    char why[SAVE_WHY];
+    EXPECT_EQ(MazeGame_loadshared(&game, folder.file("save").c_str(), why), SAVE_STUCK);
+    EXPECT_TRUE(fs::is_directory(folder.file("save")));
+}
+
+TEST(MazeGame_loadshared, tells_a_missing_file)
+{
+    const Folder folder;
+    MazeGame game = {};
+    char why[SAVE_WHY];
+    EXPECT_EQ(MazeGame_loadshared(&game, folder.file("save").c_str(), why), SAVE_MISSING);
+    EXPECT_STREQ(why, "");
+}

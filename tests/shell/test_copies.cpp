@@ -277,6 +277,7 @@ struct Copy {
         const std::string tool = program("corvane-play");
         const std::string script = side.file("script");
         const std::string log = side.file("log");
+        setenv("LP_NUM_THREADS", "0", 1); // a tiny picture is drawn sooner without helpers
         const int out = open(side.file("out").c_str(), O_WRONLY | O_CREAT, 0600);
         if (out >= 0 && dup2(out, 1) >= 0 && chdir(folder.path.c_str()) == 0) {
             execl(tool.c_str(), tool.c_str(), script.c_str(), "--log", log.c_str(), "--size",
@@ -287,8 +288,8 @@ struct Copy {
     // Waits until its second frame is shown, a minute at most.
     void wait_shown() const
     {
-        for (i32 tries = 0; tries < 12000 && !side.has("shown.png"); tries++) {
-            usleep(5000);
+        for (i32 tries = 0; tries < 30000 && !side.has("shown.png"); tries++) {
+            usleep(2000);
         }
         EXPECT_TRUE(side.has("shown.png"));
     }
@@ -388,16 +389,21 @@ static void race(size_t count)
     const Folder folder;
     leave_line(folder);
     std::vector<std::unique_ptr<Copy>> copies;
+    copies.reserve(count);
     for (size_t i = 0; i < count; i++) {
         copies.push_back(std::make_unique<Copy>(folder, steps[i]));
     }
-    for (const auto& copy : copies) {
-        copy->wait_shown(); // so that none starts after another's end
+    for (const auto& copy : copies) { // all are held until the last one runs
+        copy->wait_shown();
+        kill(copy->process, SIGSTOP);
     }
-    for (const auto& copy : copies) {
-        kill(copy->process, SIGTERM);
+    for (const int signal : {SIGTERM, SIGCONT}) { // the first is seen with the second
+        for (const auto& copy : copies) {
+            kill(copy->process, signal);
+        }
     }
     std::vector<f64> walked;
+    walked.reserve(count);
     size_t seconds = 0;
     for (const auto& copy : copies) {
         copy->wait_end();
@@ -407,6 +413,7 @@ static void race(size_t count)
     }
     EXPECT_EQ(seconds, count - 1);
     std::vector<f64> saved;
+    saved.reserve(count);
     std::vector<std::string> left = save_names(count);
     for (const std::string& name : left) {
         saved.push_back(saved_clock(folder, name));
