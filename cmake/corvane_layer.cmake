@@ -9,10 +9,13 @@ target_include_directories(corvane_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(corvane_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wundef -Wvla -Wformat=2 -Wmissing-declarations
     -Wcast-qual -Wfloat-conversion -Wdouble-promotion -Werror -ffp-contract=off)
-if(CORVANE_SANITIZE)
+if(CORVANE_SANITIZE OR CORVANE_FUZZ)
     target_compile_options(corvane_flags INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all)
     target_link_options(corvane_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(CORVANE_FUZZ)
+    target_compile_options(corvane_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # Flags that only the program's own code takes: tests may use anything.

@@ -16,7 +16,7 @@ build_programs() {
     if [ ! -f build/release/build.ninja ]; then
         cmake --preset release -DCORVANE_TESTS=OFF -DCORVANE_BENCH=OFF
     fi
-    cmake --build build/release --target Corvane corvane-play corvane-shot
+    cmake --build build/release --target Corvane corvane-play corvane-shot corvane-world
 }
 
 # build_all PRESET: programs, tests and benchmarks.

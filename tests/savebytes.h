@@ -141,18 +141,28 @@ inline Bytes tower_file(i32 levels)
     return out;
 }
 
-inline std::string fault_of(const Bytes& bytes)
+inline std::string fault_of(const Bytes& bytes, SaveVerdict* out = nullptr)
 {
     // a copy of its own, so that a read past the end is seen
     u8* const exact = static_cast<u8*>(std::malloc(std::max<size_t>(bytes.size(), 1)));
     std::copy(bytes.begin(), bytes.end(), exact);
     char* const why = static_cast<char*>(std::malloc(SAVE_WHY));
-    const bool sound = savefile_check(exact, bytes.size(), why);
-    std::string text = why;
-    EXPECT_EQ(sound, text.empty());
+    const SaveVerdict verdict = savefile_check(exact, bytes.size(), why);
+    const std::string text = why;
+    EXPECT_EQ(verdict == SAVE_SOUND, text.empty());
     std::free(exact);
     std::free(why);
+    if (out != nullptr) {
+        *out = verdict;
+    }
     return text;
+}
+
+inline SaveVerdict verdict_of(const Bytes& bytes)
+{
+    SaveVerdict verdict = SAVE_SOUND;
+    fault_of(bytes, &verdict);
+    return verdict;
 }
 
 inline void build(HeldGame* out, const Bytes& bytes)

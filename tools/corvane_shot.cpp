@@ -243,7 +243,7 @@ static bool loadworld(MazeGame* game, const char* path)
     if (outcome == WHOLEFILE_UNREADABLE) {
         return bad("%s: %s", path, why);
     }
-    const bool sound = savefile_check(bytes, size, why);
+    const bool sound = savefile_check(bytes, size, why) == SAVE_SOUND;
     if (sound) {
         savefile_build(game, bytes, size);
     } else {

@@ -1,4 +1,5 @@
-// The check of a save file: one pass over the bytes as they stand, which believes nothing.
+// The check of a save file: a walk along its blocks, which believes nothing, and then a pass over what
+// they hold.
 #include "model/savefile.h"
 #include "model/savelayout.h"
 
@@ -7,17 +8,10 @@
 #include <cstdio>
 #include <cstring>
 
-enum {
-    PLACE = 600,     // chars that name a maze
-    PLACE_ENDS = 20, // levels shown at either end of a long path
-    SAID = 200,      // chars that tell a fault
-};
-
-/// A pass over the bytes of a file. The mazes whose blocks are open form a path from the root.
+/// A pass over blocks that are whole. The mazes whose blocks are open form a path from the root.
 struct SaveCheck {
     const u8* bytes;
     size_t at;
-    size_t end;       // of the root's block
     GrowArray places; // of size_t: where the nodes of the open mazes begin, the root's first
     i32 path[SAVE_MAXLEVELS]; // the node that each open maze has come to
     i32 depth;                // open mazes
@@ -55,32 +49,12 @@ static bool finite_at(const u8* at)
     return std::isfinite(value);
 }
 
-static size_t bytesleft(const SaveCheck* check)
-{
-    return check->end - check->at;
-}
-
-// The open maze by its path from the root; the middle of a long path is left out.
-static void nameplace(const SaveCheck* check, char out[PLACE])
-{
-    const i32 steps = check->depth - 1;
-    size_t used = static_cast<size_t>(std::snprintf(out, PLACE, steps > 0 ? "maze " : "root maze"));
-    for (i32 i = 0; i < steps; i++) { // from the root down
-        if (i == PLACE_ENDS && steps > 2 * PLACE_ENDS) {
-            used += static_cast<size_t>(std::snprintf(out + used, PLACE - used, "..."));
-            i = steps - PLACE_ENDS;
-        }
-        used += static_cast<size_t>(std::snprintf(out + used, PLACE - used, "%d%s", check->path[i],
-                                                  i < steps - 1 ? "/" : ""));
-    }
-}
-
 // Tells a fault of the open maze, or of one of its nodes if `node` isn't negative. Always false.
 [[gnu::format(printf, 3, 4)]] static bool fault(SaveCheck* check, i32 node, const char* format, ...)
 {
-    char place[PLACE];
-    nameplace(check, place);
-    char said[SAID];
+    char place[SAVE_PLACE];
+    saveplace_name(check->path, check->depth, place);
+    char said[SAVE_SAID];
     va_list args;
     va_start(args, format);
     std::vsnprintf(said, sizeof said, format, args);
@@ -148,20 +122,9 @@ static bool checksubmaze(SaveCheck* check, const NodeCheck* want, u8 flag)
 // Checks what stands in the block of a node, but for the way back along its edges, and steps over it.
 static bool checknode(SaveCheck* check, const NodeCheck* want)
 {
-    const size_t left = bytesleft(check);
     const u8* const block = check->bytes + check->at;
-    if (left < NODE_LEAST) {
-        return fault(check, want->node, "the file ends in it");
-    }
     const u32 nedges = u32_at(block + NODE_EDGECOUNT);
-    if (nedges > MAZE_MAXEDGES) {
-        return fault(check, want->node, "%u edges, %d at most", nedges,
-                     static_cast<int>(MAZE_MAXEDGES));
-    }
     const size_t size = NODE_LEAST + EDGE_BYTES * static_cast<size_t>(nedges);
-    if (left < size) {
-        return fault(check, want->node, "the file ends in it");
-    }
     for (u32 i = 0; i < nedges; i++) {
         if (!checkedge(check, want, i32_at(block + NODE_EDGES + 4 * static_cast<size_t>(i)))) {
             return false;
@@ -203,10 +166,6 @@ static bool checkways(SaveCheck* check, const size_t* places, i32 count)
 
 static bool checkmazehead(SaveCheck* check, NodeCheck* want)
 {
-    const size_t left = bytesleft(check);
-    if (left < MAZE_HEAD + MAZE_LEAST) {
-        return fault(check, -1, "the file ends in it");
-    }
     const u8* const head = check->bytes + check->at;
     want->marked = head[0] == 1;
     want->count = i32_at(head + 1);
@@ -218,9 +177,6 @@ static bool checkmazehead(SaveCheck* check, NodeCheck* want)
     }
     if (want->count < 1) {
         return fault(check, -1, "%d nodes", want->count);
-    }
-    if (static_cast<size_t>(want->count) > (left - MAZE_HEAD - MAZE_LEAST) / NODE_LEAST) {
-        return fault(check, -1, "%d nodes in the %zu bytes that are left", want->count, left);
     }
     if (want->count < want->ports) {
         return fault(check, -1, "%d nodes for %d ports", want->count, want->ports);
@@ -234,9 +190,6 @@ static bool checkmazehead(SaveCheck* check, NodeCheck* want)
 
 static bool checkmazeend(SaveCheck* check, i32 ports, i32 walked)
 {
-    if (bytesleft(check) < MAZE_LEAST) {
-        return fault(check, -1, "the file ends in it");
-    }
     const i32 visited = i32_at(check->bytes + check->at);
     if (visited != walked) {
         return fault(check, -1, "%d nodes visited, but %d walked on", visited, walked);
@@ -245,13 +198,8 @@ static bool checkmazeend(SaveCheck* check, i32 ports, i32 walked)
     if ((exitsused & ~saveport_mask(ports)) != 0) {
         return fault(check, -1, "exits used are 0x%X of %d ports", exitsused, ports);
     }
-    check->at += 8;
-    const u8* const name = check->bytes + check->at;
-    const void* const end = std::memchr(name, 0, bytesleft(check));
-    if (end == nullptr) {
-        return fault(check, -1, "a name without an end");
-    }
-    check->at += static_cast<size_t>(static_cast<const u8*>(end) - name) + 1;
+    const u8* const name = check->bytes + check->at + MAZE_COUNTERS;
+    check->at += MAZE_COUNTERS + std::strlen(reinterpret_cast<const char*>(name)) + 1;
     return true;
 }
 
@@ -312,33 +260,38 @@ static bool checktail(const u8* tail, char* why)
 }
 
 // Checks what follows the root's block, once that has been found sound.
-static bool checkgame(const SaveCheck* check)
+static bool checkgame(const SaveCheck* check, size_t size)
 {
-    if (bytesleft(check) > 0) {
-        std::snprintf(check->why, SAVE_WHY, "%zu bytes are left over", bytesleft(check));
-        return false;
-    }
     if (check->marks != 1) {
         std::snprintf(check->why, SAVE_WHY, "no maze is marked as the player's");
         return false;
     }
-    return checktail(check->bytes + check->end + 4, check->why);
+    const size_t tail = check->at + sizeof(i32);
+    if (size - tail < GAME_TAIL) {
+        std::snprintf(check->why, SAVE_WHY, "game: the last %zu bytes are missing",
+                      GAME_TAIL - (size - tail));
+        return false;
+    }
+    if (size - tail > GAME_TAIL) {
+        std::snprintf(check->why, SAVE_WHY, "%zu bytes are left over", size - tail - GAME_TAIL);
+        return false;
+    }
+    return checktail(check->bytes + tail, check->why);
 }
 
-bool savefile_check(const u8* bytes, size_t size, char* why)
+SaveVerdict savefile_check(const u8* bytes, size_t size, char* why)
 {
+    size_t end;
     *why = 0;
-    if (size < GAME_BYTES) {
-        std::snprintf(why, SAVE_WHY, "%zu bytes are too few", size);
-        return false;
+    if (!saveblocks_walk(bytes, size, &end, why)) {
+        return SAVE_UNREADABLE;
     }
     SaveCheck check = {};
     check.bytes = bytes;
-    check.end = size - GAME_BYTES;
-    check.player = i32_at(bytes + check.end);
+    check.player = i32_at(bytes + end);
     check.why = why;
     GrowArray_init(&check.places, sizeof(size_t));
-    const bool sound = checkmaze(&check, 0) && checkgame(&check);
+    const bool sound = checkmaze(&check, 0) && checkgame(&check, size);
     GrowArray_free(&check.places);
-    return sound;
+    return sound ? SAVE_SOUND : SAVE_UNSOUND;
 }

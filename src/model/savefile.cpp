@@ -244,7 +244,7 @@ static SaveLoad loadsound(MazeGame* out, const char* path, char* fault)
     if (read != WHOLEFILE_READ) {
         return read == WHOLEFILE_MISSING ? SAVE_MISSING : SAVE_STUCK;
     }
-    const bool sound = savefile_check(bytes, size, fault);
+    const bool sound = savefile_check(bytes, size, fault) == SAVE_SOUND;
     if (sound) {
         savefile_build(out, bytes, size);
     }

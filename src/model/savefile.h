@@ -27,17 +27,24 @@ bool MazeGame_save(const MazeGame* game, const char* path, char* why);
 /// if that failed; `why` as above.
 bool MazeGame_savebeside(const MazeGame* game, const char* path, char* newname, char* why);
 
-/// Whether `size` bytes are a sound save file. If not, `why` (SAVE_WHY chars) tells the first fault
-/// and where it is, as "maze 1/17, node 3: edge to 12 of 10" with the path of node numbers from the
-/// root. Counts are checked against the bytes that are left before anything is allocated; memory
+enum SaveVerdict {
+    SAVE_SOUND,
+    SAVE_UNSOUND,    // the blocks can be told apart, but what they hold is wrong
+    SAVE_UNREADABLE, // the bytes end before the blocks do, or are no blocks
+};
+
+/// Judges `size` bytes as a save file. If they are not sound, `why` (SAVE_WHY chars) tells the first
+/// fault and where it is, as "maze 1/17, node 3: edge to 12 of 10" with the path of node numbers from
+/// the root. Counts are checked against the bytes that are left before anything is allocated; memory
 /// stays below the size of the file, and time linear in it.
 ///
 /// Sound is: nothing missing or left over; marks and submaze bytes 0 or 1; one maze marked, and the
 /// player on a node of it that holds none; at most SAVE_MAXLEVELS levels; each maze with a node, and
 /// with as many as it has ports; no submaze in a port; at most 8 edges to a node, in range, none to
 /// itself, as often there as back; all numbers finite, and the clock not negative; visitednodes the
-/// count of nodes walked on, and no bit of exitsused above the ports.
-bool savefile_check(const u8* bytes, size_t size, char* why);
+/// count of nodes walked on, and no bit of exitsused above the ports. That the ports of a maze are
+/// joined is not asked for: a world can be played without, and must not be lost for it.
+SaveVerdict savefile_check(const u8* bytes, size_t size, char* why);
 
 /// Builds a game from bytes that savefile_check has found sound. `out` is overwritten unread.
 void savefile_build(MazeGame* out, const u8* bytes, size_t size);

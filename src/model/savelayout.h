@@ -1,7 +1,7 @@
 // Places and sizes in a save file, which its writer, its check and its reader share.
 #pragma once
 
-#include "model/gamerec.h"
+#include "model/savefile.h"
 
 enum {
     VISIT_BYTES = 24,
@@ -11,10 +11,11 @@ enum {
     NODE_EDGES = 36,
     NODE_LEAST = 61, // bytes of a node without edges
     NODE_MOST = NODE_LEAST + static_cast<int>(MAZE_MAXEDGES) * EDGE_BYTES,
-    MAZE_HEAD = 5,  // mark and node count
-    MAZE_LEAST = 9, // visitednodes, exitsused and an empty name
+    MAZE_HEAD = 5,     // mark and node count
+    MAZE_COUNTERS = 8, // visitednodes and exitsused; the name follows
     TAIL_USED = 480,
-    GAME_BYTES = 4 + static_cast<int>(GAME_TAIL), // what follows the root's block
+    SAVE_PLACE = 600, // chars that name a maze
+    SAVE_SAID = 200,  // chars that tell a fault
 };
 
 static_assert(static_cast<size_t>(GAME_TAIL) - TAIL_USED == sizeof(GrowArray));
@@ -35,3 +36,13 @@ constexpr u32 saveport_mask(i32 ports)
 {
     return (1U << static_cast<u32>(ports)) - 1;
 }
+
+/// Names the maze at the end of a path of open mazes, the root first: `path` holds the node that each
+/// has come to, of `depth` of them. The middle of a long path is left out.
+void saveplace_name(const i32* path, i32 depth, char out[SAVE_PLACE]);
+
+/// Whether `bytes` begin with the block of a root, with all blocks inside it, and a node number: no
+/// count and no name leads beyond the end, and no node has more edges than one can. `end` is then the
+/// place of the node number; otherwise `why` (SAVE_WHY chars) tells where the blocks break off. Not
+/// recursive; time linear in the file, memory below its size.
+bool saveblocks_walk(const u8* bytes, size_t size, size_t* end, char* why);

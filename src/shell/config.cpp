@@ -75,27 +75,31 @@ static bool endsline(char c)
     return c == '\n' || c == '\r' || c == 0;
 }
 
-void config_load(ConfigList* out, const char* path, char separator)
+void config_parse(ConfigList* out, const char* text, size_t size, char separator)
 {
     GrowArray_init(&out->entries, sizeof(ConfigEntry));
-    u8* bytes;
-    size_t size;
-    char why[WHOLEFILE_WHY];
-    out->unreadable = wholefile_read(path, &bytes, &size, why) == WHOLEFILE_UNREADABLE;
-    if (out->unreadable) {
-        report_notice("config", 0, why);
-    }
-    if (bytes == nullptr) {
-        return;
-    }
-    const char* const text = reinterpret_cast<const char*>(bytes);
-    const char* line = text;
-    for (const char* at = text; at <= text + size; at++) { // the byte behind the file is a 0
-        if (endsline(*at)) {
-            addline(out, line, at, separator);
+    out->unreadable = false;
+    size_t line = 0;
+    for (size_t at = 0; at <= size; at++) { // forward: the order of the list is that of the text
+        if (at == size || endsline(text[at])) {
+            addline(out, text + line, text + at, separator);
             line = at + 1;
         }
     }
+}
+
+void config_load(ConfigList* out, const char* path, char separator)
+{
+    u8* bytes;
+    size_t size;
+    char why[WHOLEFILE_WHY];
+    const bool unreadable = wholefile_read(path, &bytes, &size, why) == WHOLEFILE_UNREADABLE;
+    if (unreadable) {
+        report_notice("config", 0, why);
+    }
+    config_parse(out, bytes != nullptr ? reinterpret_cast<const char*>(bytes) : "", size,
+                 separator);
+    out->unreadable = unreadable;
     std::free(bytes);
 }
 

@@ -7,6 +7,8 @@
 
 #include "base/growarray.h"
 
+#include <cstddef>
+
 enum { CONFIG_MAXPIXELS = 1000000000 }; // on either side of 0
 
 struct ConfigEntry {
@@ -19,8 +21,12 @@ struct ConfigList {
     bool unreadable;   // there is a file but it could not be read, so it is not written over
 };
 
+/// Reads text into a new list, owned by the caller. Lines end at LF, CR, CR LF or NUL; `text[size]` is
+/// not read.
+void config_parse(ConfigList* out, const char* text, size_t size, char separator);
+
 /// Reads a file into a new list, owned by the caller. A missing file gives an empty list. A file that
-/// can't be read gives an empty list too and is told as a notice. Lines end at LF, CR, CR LF or NUL.
+/// can't be read gives an empty list too and is told as a notice.
 void config_load(ConfigList* out, const char* path, char separator);
 
 /// The value for a name: among the keys that begin with it the shortest wins, and of equal ones the

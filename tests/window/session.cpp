@@ -126,7 +126,7 @@ Save::Save(const std::string& path)
     const std::string bytes = file_text(path);
     std::string why(SAVE_WHY, 0);
     const u8* const start = reinterpret_cast<const u8*>(bytes.data());
-    if (!savefile_check(start, bytes.size(), why.data())) {
+    if (savefile_check(start, bytes.size(), why.data()) != SAVE_SOUND) {
         throw std::runtime_error(path + ": " + why.c_str());
     }
     savefile_build(&game, start, bytes.size());
