@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Installs what the tests need, builds everything, and runs all tests: first under the sanitizers,
-# then the release build with the checks of the sources and the window tests.
-# Ends with CTest's summary; the exit code is 0 only if every test of both runs passed.
+# Installs what the tests need, builds everything, and runs all tests: the fuzzers for a minute, the
+# tests under the sanitizers, then the release build with the checks of the sources and the window tests.
+# Ends with CTest's summary; the exit code is 0 only if every test passed and no fuzzer found anything.
 #   --tidy   checks tests and benchmarks with clang-tidy as well, which takes long
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -26,6 +26,8 @@ fail() {
 }
 
 packages_install test
+build_fuzzers
+scripts/fuzz.sh 60 || fail "a fuzzer has found something"
 build_all asan
 build_all release
 if [ "${1:-}" = --tidy ]; then

@@ -25,3 +25,10 @@ build_all() {
     cmake --preset "$1" -DCORVANE_TESTS=ON -DCORVANE_BENCH=ON
     cmake --build "build/$1"
 }
+
+# The fuzzers alone.
+build_fuzzers() {
+    build_drop_moved fuzz
+    cmake --preset fuzz
+    cmake --build --preset fuzz
+}

@@ -10,7 +10,7 @@ TEST(savefile_check, takes_a_sound_file)
 
 TEST(savefile_check, refuses_a_file_without_bytes)
 {
-    EXPECT_EQ(fault_of({}), "0 bytes are too few");
+    EXPECT_EQ(fault_of({}), "root maze: the file ends in it");
 }
 
 TEST(savefile_check, refuses_every_truncation)
@@ -33,6 +33,50 @@ TEST(savefile_check, refuses_what_is_left_over)
     Bytes between = line_file(2);
     between.insert(between.end() - GAME_TAIL - 4, 3, 0);
     EXPECT_EQ(fault_of(between), "3 bytes are left over");
+}
+
+TEST(savefile_check, finds_unreadable_what_ends_before_the_game_and_unsound_what_ends_in_it)
+{
+    HeldGame held;
+    make_walked_nest(&held);
+    const Bytes whole = saved(&held.game);
+    const size_t game = whole.size() - GAME_TAIL;
+    for (size_t size = 0; size < whole.size(); size++) {
+        EXPECT_EQ(verdict_of(Bytes(whole.begin(), whole.begin() + static_cast<i32>(size))),
+                  size < game ? SAVE_UNREADABLE : SAVE_UNSOUND)
+            << size;
+    }
+}
+
+TEST(savefile_check, tells_what_is_missing_of_the_game)
+{
+    Bytes bytes = line_file(2);
+    bytes.resize(bytes.size() - 9);
+    EXPECT_EQ(fault_of(bytes), "game: the last 9 bytes are missing");
+    bytes.resize(bytes.size() + 9 - GAME_TAIL - 1);
+    EXPECT_EQ(fault_of(bytes), "the file ends before the player's node");
+}
+
+TEST(savefile_check, finds_unreadable_blocks_behind_an_unsound_one)
+{
+    Bytes bytes = line_file(3);
+    const i32 bad = -1;
+    std::memcpy(bytes.data() + 5 + 36, &bad, 4);
+    EXPECT_EQ(verdict_of(bytes), SAVE_UNSOUND);
+    bytes[5 + 61 + 28 + 32] = 9;
+    EXPECT_EQ(verdict_of(bytes), SAVE_UNREADABLE);
+}
+
+TEST(savefile_check, finds_unreadable_a_name_without_an_end_and_too_many_edges)
+{
+    Bytes bytes = line_file(1);
+    for (size_t i = 5 + 61 + 8; i < bytes.size(); i++) {
+        bytes[i] = 'x';
+    }
+    EXPECT_EQ(verdict_of(bytes), SAVE_UNREADABLE);
+    bytes = line_file(1);
+    bytes[5 + 32] = 9;
+    EXPECT_EQ(verdict_of(bytes), SAVE_UNREADABLE);
 }
 
 // Walks along one exit after the other, by the step that reaches it.
@@ -178,12 +222,11 @@ TEST(savefile_check, refuses_counts_of_nodes_that_the_file_cannot_hold)
         EXPECT_EQ(fault_of(bytes),
                   "root maze: " + std::to_string(static_cast<i32>(count)) + " nodes");
     }
-    for (const i32 count : {0x7FFFFFFF, 1000000, 6}) {
+    for (const i32 count : {0x7FFFFFFF, 1000000, 14}) {
         Bytes bytes = line_file(3);
         std::memcpy(bytes.data() + 1, &count, 4);
         EXPECT_EQ(fault_of(bytes), "root maze: " + std::to_string(count) + " nodes in the " +
-                                       std::to_string(bytes.size() - 4 - GAME_TAIL) +
-                                       " bytes that are left");
+                                       std::to_string(bytes.size() - 5) + " bytes that are left");
     }
 }
 
@@ -231,8 +274,9 @@ TEST(savefile_check, refuses_a_name_without_an_end)
     put(&bytes, i32{0});
     put(&bytes, u32{0});
     bytes.insert(bytes.end(), 100000, 'x');
-    put_game(&bytes, 0);
     EXPECT_EQ(fault_of(bytes), "root maze: a name without an end");
+    put_game(&bytes, 0); // a name that ends in the game
+    EXPECT_NE(fault_of(bytes), "");
 }
 
 TEST(savefile_check, takes_a_long_name)
@@ -378,6 +422,14 @@ TEST(savefile_check, refuses_a_submaze_with_fewer_nodes_than_ports)
 {
     EXPECT_EQ(fault_of(port_file(1, 0)), "maze 1: 1 nodes for 2 ports");
     EXPECT_EQ(fault_of(port_file(2, 0)), "");
+}
+
+TEST(savefile_check, takes_ports_without_a_way_between_them)
+{
+    const Bytes bytes = port_file(3, 0); // no node of the maze has an edge
+    HeldGame held;
+    build(&held, bytes);
+    expect_good(&held.game);
 }
 
 TEST(savefile_check, refuses_a_port_that_holds_a_maze)
