@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <vector>
 
 static const f64 pi = 3.14159265358979323846;
@@ -82,9 +83,11 @@ TEST(rgb_pack, rounds_each_channel)
 
 TEST(rgb_pack, clamps_what_lies_outside)
 {
+    const f64 nan = std::numeric_limits<f64>::quiet_NaN();
+    const f64 inf = std::numeric_limits<f64>::infinity();
     EXPECT_EQ(rgb_pack(1.5, -0.5, 2e9), 0xFF00FFU);
-    EXPECT_EQ(rgb_pack(-1e300, INFINITY, -INFINITY), 0x00FF00U);
-    EXPECT_EQ(rgb_pack(NAN, 1.0, NAN), 0x00FF00U);
+    EXPECT_EQ(rgb_pack(-1e300, inf, -inf), 0x00FF00U);
+    EXPECT_EQ(rgb_pack(nan, 1.0, nan), 0x00FF00U);
 }
 
 TEST(place_colour, is_a_dark_grey_at_the_origin)

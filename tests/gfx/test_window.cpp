@@ -349,11 +349,11 @@ TEST(gfx_open, hands_the_title_over)
 TEST(gfx_open, clears_both_key_snapshots)
 {
     scripted_begin();
-    key_now['Q'] = 0x80;
-    key_before['Q'] = 0x80;
+    key_now[u8{'Q'}] = 0x80;
+    key_before[u8{'Q'}] = 0x80;
     const ScriptedWindow window(64, 48);
-    EXPECT_EQ(key_now['Q'], 0);
-    EXPECT_EQ(key_before['Q'], 0);
+    EXPECT_EQ(key_now[u8{'Q'}], 0);
+    EXPECT_EQ(key_before[u8{'Q'}], 0);
 }
 
 TEST(gfx_open, begins_anew_after_a_close)
@@ -517,7 +517,7 @@ TEST(gfx_pump, takes_the_keyboard_into_two_snapshots)
     gfx_pump();
     EXPECT_FALSE(key_held('W'));
     EXPECT_FALSE(key_pressed('W'));
-    EXPECT_NE(key_before['W'] & 0x80, 0);
+    EXPECT_NE(key_before[u8{'W'}] & 0x80, 0);
 }
 
 TEST(gfx_pump, reads_a_tap_between_two_snapshots_as_down_in_the_later_one)

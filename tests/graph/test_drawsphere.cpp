@@ -309,7 +309,7 @@ TEST(Maze_drawsphere, leaves_out_nodes_that_are_nowhere)
 TEST(Maze_drawsphere, of_nothing_but_nodes_that_are_nowhere_is_finite)
 {
     const World maze(make_nodes(1));
-    place(maze.get(), 0, NAN, 0);
+    place(maze.get(), 0, std::numeric_limits<f64>::quiet_NaN(), 0);
     Maze_bounds(maze.get(), true);
     const Sphere sphere = sphereof(maze.get());
     EXPECT_EQ(0.0, sphere.centre[0]);

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <limits>
 #include <numbers>
 
 static bool isnull(Pos pos)
@@ -495,8 +496,8 @@ TEST(Maze_fixports, copes_with_nodes_that_are_nowhere_and_with_none)
 {
     const World maze = crossroads();
     Maze* const sub = hang(maze.get(), 0, make_nodes(2));
-    place(sub, 0, NAN, 0);
-    place(sub, 1, INFINITY, 0);
+    place(sub, 0, std::numeric_limits<f64>::quiet_NaN(), 0);
+    place(sub, 1, std::numeric_limits<f64>::infinity(), 0);
     Maze_fixports(sub);
     EXPECT_SOUND(maze.get());
     EXPECT_LE(3, Maze_count(sub));
