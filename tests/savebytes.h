@@ -148,7 +148,7 @@ inline std::string fault_of(const Bytes& bytes, SaveVerdict* out = nullptr)
     std::copy(bytes.begin(), bytes.end(), exact);
     char* const why = static_cast<char*>(std::malloc(SAVE_WHY));
     const SaveVerdict verdict = savefile_check(exact, bytes.size(), why);
-    const std::string text = why;
+    std::string text = why;
     EXPECT_EQ(verdict == SAVE_SOUND, text.empty());
     std::free(exact);
     std::free(why);

@@ -23,7 +23,7 @@ static Outcome check_of(const Bytes& bytes)
 {
     const Folder folder;
     write_bytes(folder.file("world"), bytes);
-    const Outcome outcome = world_in(folder, "check world");
+    Outcome outcome = world_in(folder, "check world");
     EXPECT_EQ(read_bytes(folder.file("world")), bytes) << "the file is left alone";
     EXPECT_EQ(folder.names(), std::vector<std::string>{"world"}) << "nothing else is left";
     return outcome;
