@@ -166,7 +166,7 @@ static Maze* make_severed(bool joined)
     Maze* const root = Maze_new();
     add_node(root, 0.0, 0.0);
     add_node(root, 10.0, 0.0);
-    Maze* const star = make_spokes({{1.0, 0.0}, {0.0, 1.0}, {-1.0, 0.0}});
+    Maze* const star = make_spokes({{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}});
     Maze* const ports = Maze_new();
     for (i32 i = 0; i < 5; i++) {
         add_node(ports, 0.1 * i, 0.0);
