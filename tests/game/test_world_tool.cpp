@@ -160,7 +160,7 @@ TEST(corvane_world_check, cannot_read_what_is_no_file)
                "link: Could not read link: It is a link to a file that is not there");
 }
 
-// A maze of three ports without edges, in the middle of a star, in node 1 of the root.
+// A maze of three ports, joined or not, in the middle of a star in node 1 of the root.
 static Maze* make_severed(bool joined)
 {
     Maze* const root = Maze_new();
