@@ -30,7 +30,7 @@ struct Threshold {
     i32 nterminals; // nodes that must hang together; less than two if they never do
     i32 terminals[MAXTERMINALS];
     u32* stamps; // which terminal has met each node, counted from the stamp of the search
-    i32* next;   // the node behind each one in a queue, -1 at its end
+    i32* queues; // room for one of all nodes and one more for each terminal
     u32 stamp;   // of the latest search
     u32 factor;  // of the stream over a whole thinning; unused where edges are doubled
     u32 step;
@@ -105,61 +105,33 @@ static void setup(Threshold* t, const Maze* maze, Scratch* scratch)
 {
     FlatGraph_init(&t->graph, maze, scratch);
     const i32 n = t->graph.count;
+    findterminals(t, Maze_ports(maze));
     t->first = Scratch_array<i32>(scratch, n + 1);
     t->slots = Scratch_array<Slot>(scratch, countslots(&t->graph));
     t->stamps = Scratch_array<u32>(scratch, n);
-    t->next = Scratch_array<i32>(scratch, n);
+    t->queues = Scratch_array<i32>(scratch, t->nterminals * (n + 1));
     t->stamp = 0;
     t->state = rnd_state();
     t->draws = 0;
     t->beststate = 0;
     t->bestkeep = 1.0;
     std::memset(t->stamps, 0, static_cast<size_t>(n) * sizeof(u32));
-    findterminals(t, Maze_ports(maze));
     listslots(t);
     if (!t->graph.doubled) {
         listdraws(t);
     }
 }
 
-// The terminals whose searches have met share a queue. Nodes whose turn is to come are linked by
-// `next`.
+// One search from each terminal. Those that have met follow one leader.
 struct Search {
-    i32 head[MAXTERMINALS]; // of the queue of each terminal, -1 if it is empty
-    i32 tail[MAXTERMINALS];
-    i32 leader[MAXTERMINALS]; // the terminal whose queue serves
-    i32 parts;                // terminals that serve
-    u32 state;                // of the stream before the thinning
-    u32 limit;
+    i32* queues[MAXTERMINALS]; // of each terminal: nodes that it has met first
+    i32 head[MAXTERMINALS];    // the next to be looked at
+    i32 tail[MAXTERMINALS];    // the first free place
+    i32 leader[MAXTERMINALS];
+    i32 parts; // leaders
+    u32 state; // of the stream before the thinning
+    u32 limit; // of the draws that keep an edge
 };
-
-static void enqueue(Search* search, i32* next, i32 queue, i32 node)
-{
-    next[node] = -1;
-    if (search->head[queue] < 0) {
-        search->head[queue] = node;
-    } else {
-        next[search->tail[queue]] = node;
-    }
-    search->tail[queue] = node;
-}
-
-// The queue of `from` goes on as the end of that of `to`.
-static void mergequeues(Search* search, i32* next, i32 to, i32 from)
-{
-    if (search->head[from] >= 0) {
-        if (search->head[to] < 0) {
-            search->head[to] = search->head[from];
-        } else {
-            next[search->tail[to]] = search->head[from];
-        }
-        search->tail[to] = search->tail[from];
-    }
-    for (i32 i = MAXTERMINALS - 1; i >= 0; i--) {
-        search->leader[i] = search->leader[i] == from ? to : search->leader[i];
-    }
-    search->parts--;
-}
 
 static void startsearch(Search* search, Threshold* t)
 {
@@ -167,32 +139,64 @@ static void startsearch(Search* search, Threshold* t)
     search->parts = t->nterminals;
     for (i32 i = t->nterminals - 1; i >= 0; i--) {
         const i32 node = t->terminals[i];
+        search->queues[i] =
+            t->queues + static_cast<size_t>(i) * static_cast<u32>(t->graph.count + 1);
+        search->queues[i][0] = node;
+        search->head[i] = 0;
+        search->tail[i] = 1;
         search->leader[i] = i;
-        search->head[i] = -1;
         t->stamps[node] = t->stamp + static_cast<u32>(i);
-        enqueue(search, t->next, i, node);
     }
 }
 
-// Looks at the first node of a queue.
-static void advance(Search* search, Threshold* t, i32 queue)
+static void merge(Search* search, const Threshold* t, i32 a, i32 b)
 {
-    const i32 node = search->head[queue];
-    search->head[queue] = t->next[node];
+    const i32 from = search->leader[b];
+    const i32 to = search->leader[a];
+    for (i32 i = t->nterminals - 1; i >= 0 && from != to; i--) {
+        search->leader[i] = search->leader[i] == from ? to : search->leader[i];
+    }
+    search->parts -= from != to ? 1 : 0;
+}
+
+// Looks at the next node of a terminal's queue. A target is put into the queue at all events, and
+// stays there if it is new: which edges stay can't be foretold, so a branch would cost more.
+static void advance(Search* search, Threshold* t, i32 terminal)
+{
+    const u32 state = search->state;
+    const u32 limit = search->limit;
+    const u32 stamp = t->stamp;
+    const u32 own = stamp + static_cast<u32>(terminal);
+    u32* const stamps = t->stamps;
+    i32* const queue = search->queues[terminal];
+    i32 tail = search->tail[terminal];
+    const i32 node = queue[search->head[terminal]++];
     const Slot* const end = t->slots + t->first[node + 1];
     for (const Slot* slot = t->slots + t->first[node]; slot < end; slot++) { // in any order
-        if (((slot->factor * search->state + slot->step) & DRAWBITS) >= search->limit) {
-            continue;
-        }
         const i32 target = slot->target;
-        const u32 terminal = t->stamps[target] - t->stamp;
-        if (terminal >= MAXTERMINALS) {
-            t->stamps[target] = t->stamp + static_cast<u32>(queue);
-            enqueue(search, t->next, queue, target);
-        } else if (search->leader[terminal] != queue) {
-            mergequeues(search, t->next, queue, search->leader[terminal]);
+        const u32 seen = stamps[target];
+        const u32 stays = ((slot->factor * state + slot->step) & DRAWBITS) < limit ? 1 : 0;
+        const u32 fresh = stays & (seen < stamp ? 1 : 0);
+        queue[tail] = target;
+        tail += static_cast<i32>(fresh);
+        stamps[target] = seen + (own - seen) * fresh;
+        const u32 met = (stays ^ fresh) & (seen != own ? 1 : 0);
+        if (met != 0) {
+            merge(search, t, terminal, static_cast<i32>(seen - stamp));
         }
     }
+    search->tail[terminal] = tail;
+}
+
+// Whether a terminal that has come to its end is cut off: no other that it has met goes on.
+static bool cutoff(const Search* search, const Threshold* t, i32 terminal)
+{
+    for (i32 i = t->nterminals - 1; i >= 0; i--) {
+        if (search->leader[i] == search->leader[terminal] && search->head[i] < search->tail[i]) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Whether the terminals hang together in the thinning that begins at `state`, or that `slots` tell.
@@ -201,19 +205,17 @@ static bool usable(Threshold* t, u32 state, f64 keep)
     if (t->nterminals < 2) {
         return false;
     }
-    Search search = {};
+    Search search;
     search.state = state;
     search.limit = static_cast<u32>(keep * 0x1p31);
     startsearch(&search, t);
     while (search.parts > 1) {
-        for (i32 i = t->nterminals - 1; i >= 0; i--) {
-            if (search.leader[i] != i) {
-                continue;
+        for (i32 i = t->nterminals - 1; i >= 0 && search.parts > 1; i--) {
+            if (search.head[i] < search.tail[i]) {
+                advance(&search, t, i);
+            } else if (cutoff(&search, t, i)) {
+                return false;
             }
-            if (search.head[i] < 0) {
-                return search.parts == 1; // it has met the others, or it is cut off
-            }
-            advance(&search, t, i);
         }
     }
     return true;
