@@ -3,6 +3,7 @@
 // turn, and the graph of those alone is searched. It shrinks with each turn, whatever comes of it, and
 // where a node is left with one edge in it that edge is known to be a bridge and leaves it too.
 #include "generate/carve.h"
+#include "generate/faces.h"
 #include "generate/flatgraph.h"
 #include "generate/stream.h"
 
@@ -15,9 +16,11 @@ enum { SEARCH_TRIES = 20 };
 struct Corridors {
     FlatGraph graph;
     EdgePair* pairs;
-    u8* degree;                    // edges of each node as the carving stands
-    u8* done;                      // bit i: slot i has had its turn; only where edges are doubled
-    u8* nwaiting;                  // edges of each node that may lie on a cycle
+    Faces faces;
+    bool faced;   // the faces are known: nothing below but the degrees and the stream is used
+    u8* degree;   // edges of each node as the carving stands
+    u8* done;     // bit i: slot i has had its turn; only where edges are doubled
+    u8* nwaiting; // edges of each node that may lie on a cycle
     i32 (*waiting)[MAZE_MAXEDGES]; // their other ends
     i32 left;                      // their number in the whole graph
     i32* queue;                    // the nodes of a search: of one end from the front, of the other
@@ -81,12 +84,9 @@ static void listwaiting(Corridors* c, i32 node)
     c->nwaiting[node] = static_cast<u8>(n);
 }
 
-static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
+static void setupsearch(Corridors* c, Scratch* scratch)
 {
-    FlatGraph_init(&c->graph, maze, scratch);
     const i32 n = c->graph.count;
-    c->pairs = FlatGraph_shuffledpairs(&c->graph, scratch);
-    c->degree = Scratch_array<u8>(scratch, n);
     c->done = Scratch_array<u8>(scratch, n);
     c->nwaiting = Scratch_array<u8>(scratch, n);
     c->waiting = Scratch_array<i32[MAZE_MAXEDGES]>(scratch, n);
@@ -94,9 +94,6 @@ static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
     c->stamps = Scratch_array<u32>(scratch, n);
     c->stamp = 0;
     c->left = 0;
-    c->state = rnd_state();
-    c->draws = 0;
-    std::memcpy(c->degree, c->graph.nedges, static_cast<size_t>(n));
     std::memset(c->done, 0, static_cast<size_t>(n));
     std::memset(c->stamps, 0, static_cast<size_t>(n) * sizeof(u32));
     for (i32 i = n - 1; i >= 0; i--) {
@@ -104,6 +101,20 @@ static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
     }
     for (i32 i = n - 1; i >= 0; i--) {
         peel(c, i);
+    }
+}
+
+static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
+{
+    FlatGraph_init(&c->graph, maze, scratch);
+    c->pairs = FlatGraph_shuffledpairs(&c->graph, scratch);
+    c->state = rnd_state();
+    c->draws = 0;
+    c->degree = Scratch_array<u8>(scratch, c->graph.count);
+    std::memcpy(c->degree, c->graph.nedges, static_cast<size_t>(c->graph.count));
+    c->faced = !c->graph.doubled && Faces_init(&c->faces, &c->graph, scratch);
+    if (!c->faced) {
+        setupsearch(c, scratch);
     }
 }
 
@@ -162,6 +173,9 @@ static void lessdegree(Corridors* c, EdgePair pair, i32 n)
 // Whether an edge that waits for its turn can go. It waits no longer.
 static bool needless(Corridors* c, EdgePair pair)
 {
+    if (c->faced) {
+        return Faces_delete(&c->faces, pair.a, pair.b);
+    }
     if (!waits(c, pair.a, pair.b)) {
         return false;
     }
@@ -243,8 +257,9 @@ void makemaze_corridors(Maze* maze)
     Corridors c;
     setup(&c, maze, &scratch);
     i32 r = c.graph.npairs;
+    const i32* const left = c.faced ? &c.faces.left : &c.left;
     // a doubled edge changes degrees even when it stays
-    for (; r >= 1 && (c.left > 0 || c.graph.doubled); r--) {
+    for (; r >= 1 && (*left > 0 || c.graph.doubled); r--) {
         choose(&c, r);
         taketurn(&c, c.pairs[r - 1]);
     }
