@@ -195,6 +195,9 @@ bool Faces_init(Faces* out, const FlatGraph* graph, Scratch* scratch)
     std::memset(out->labels, 0, static_cast<size_t>(edges));
     numberedges(out);
     findsquares(out);
+    if (edges - n + 1 > out->nsides - 1 + FACES_MAXMISSING) {
+        return false; // at least so many cycles against so many faces
+    }
     out->leaders = Scratch_array<i32>(scratch, out->nsides);
     out->offsets = Scratch_array<u8>(scratch, out->nsides);
     std::memset(out->offsets, 0, static_cast<size_t>(out->nsides));
