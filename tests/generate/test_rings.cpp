@@ -111,9 +111,10 @@ static Plain plain_torus(f64 major, f64 minor)
     const i32 n1 = std::max(static_cast<i32>(major * twopi), 1);
     const i32 n2 = std::max(static_cast<i32>(minor * twopi), 1);
     Plain plain;
-    plain.slots.resize(static_cast<size_t>(n1 * n2));
+    plain.slots.resize(static_cast<size_t>(n1) * static_cast<size_t>(n2));
     for (i32 k = 0; k < n1 * n2; k++) {
-        const f64 phi = k / n2 * twopi / n1;
+        const i32 i = k / n2;
+        const f64 phi = i * twopi / n1;
         const f64 theta = k % n2 * twopi / n2;
         plain.places.push_back({(major + minor * std::cos(theta)) * std::cos(phi),
                                 (major + minor * std::cos(theta)) * std::sin(phi),
@@ -134,9 +135,10 @@ static Plain plain_moebius(f64 radius, f64 halfwidth)
     const i32 n1 = std::max(static_cast<i32>(radius * twopi), 1);
     const i32 n2 = static_cast<i32>(2 * halfwidth + 1);
     Plain plain;
-    plain.slots.resize(static_cast<size_t>(n1 * n2));
+    plain.slots.resize(static_cast<size_t>(n1) * static_cast<size_t>(n2));
     for (i32 k = 0; k < n1 * n2; k++) {
-        const f64 phi = k / n2 * twopi / n1;
+        const i32 i = k / n2;
+        const f64 phi = i * twopi / n1;
         const f64 t = k % n2 - (n2 - 1) * 0.5;
         plain.places.push_back({(radius + t * std::cos(phi / 2)) * std::cos(phi),
                                 (radius + t * std::cos(phi / 2)) * std::sin(phi),
