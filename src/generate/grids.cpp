@@ -1,5 +1,6 @@
 #include "generate/grids.h"
 
+#include "generate/nodehash.h"
 #include "generate/slots.h"
 
 #include <cstdlib>
@@ -75,25 +76,6 @@ Maze* box_maze(i32 a, i32 b, i32 c)
     return box;
 }
 
-// The node of `maze` that lies on a point, -1 if none is near enough. The highest number wins a tie.
-static i32 nodeat(const Maze* maze, const f64 p[3])
-{
-    f64 best = 9e99;
-    i32 found = -1;
-    for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
-        const f64* const q = Maze_node(maze, i)->pos;
-        const f64 dx = q[0] - p[0];
-        const f64 dy = q[1] - p[1];
-        const f64 dz = q[2] - p[2];
-        const f64 distance2 = dx * dx + dy * dy + dz * dz;
-        if (distance2 < best) {
-            best = distance2;
-            found = i;
-        }
-    }
-    return best <= weldlimit2 ? found : -1;
-}
-
 static void colourslots(MazeNode* node, i32 target, u32 colour)
 {
     for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
@@ -150,6 +132,20 @@ static void moveedges(Maze* maze, i32 i, const i32* map, i32 na)
     }
 }
 
+// For each node of `a` the number, in the merged maze, of the node of `b` that replaces it, or -1.
+static i32* newmap(const Maze* a, const Maze* b)
+{
+    const i32 na = Maze_count(a);
+    i32* const map = static_cast<i32*>(std::calloc(static_cast<size_t>(na), sizeof(i32)));
+    NodeHash* const hash = NodeHash_new(b);
+    for (i32 i = na - 1; i >= 0; i--) {
+        const i32 found = NodeHash_nearest(hash, Maze_node(a, i)->pos, weldlimit2);
+        map[i] = found >= 0 ? found + na : -1;
+    }
+    NodeHash_free(hash);
+    return map;
+}
+
 Maze* Maze_welded(const Maze* a, const Maze* b)
 {
     Maze* const maze = Maze_merged(a, b);
@@ -157,11 +153,7 @@ Maze* Maze_welded(const Maze* a, const Maze* b)
     if (na == 0) {
         return maze;
     }
-    i32* const map = static_cast<i32*>(std::calloc(static_cast<size_t>(na), sizeof(i32)));
-    for (i32 i = na - 1; i >= 0; i--) {
-        const i32 found = nodeat(b, Maze_node(a, i)->pos);
-        map[i] = found >= 0 ? found + na : -1;
-    }
+    i32* const map = newmap(a, b);
     // forward, as room for edges goes to the lowest numbers first
     for (i32 i = 0; i < na; i++) {
         if (map[i] < 0) {
