@@ -215,24 +215,34 @@ static bool bothends(const u8* degree, EdgePair pair)
     return degree[pair.a] + degree[pair.b] <= 4;
 }
 
+// Exchanges the last of `r` pairs at random while its ends are `poor` in edges. Returns the number of
+// tries.
+template <typename Poor> static u32 avoid(EdgePair* pairs, i32 r, u32* state, Poor poor)
+{
+    EdgePair pair = pairs[r - 1];
+    u32 tries = 0;
+    while (tries < SEARCH_TRIES && poor(pair)) {
+        pairs[r - 1] = pair;
+        const i32 j = stream_index(state, r);
+        const EdgePair other = pairs[j];
+        pairs[j] = pair;
+        pair = other;
+        tries++;
+    }
+    pairs[r - 1] = pair;
+    return tries;
+}
+
 // Brings a pair whose ends are not poor in edges to the end of the first `r`, if the tries find one.
 static void choose(Corridors* c, i32 r)
 {
     const u8* const degree = c->degree;
-    EdgePair* const pairs = c->pairs;
-    EdgePair* const last = pairs + r - 1;
     u32 state = c->state;
-    u32 swaps = 0;
-    for (i32 tries = 0; tries < SEARCH_TRIES && anyend(degree, *last); tries++) {
-        std::swap(*last, pairs[stream_index(&state, r)]);
-        swaps++;
-    }
-    for (i32 tries = 0; tries < SEARCH_TRIES && bothends(degree, *last); tries++) {
-        std::swap(*last, pairs[stream_index(&state, r)]);
-        swaps++;
-    }
+    u32 tries =
+        avoid(c->pairs, r, &state, [degree](EdgePair pair) { return anyend(degree, pair); });
+    tries += avoid(c->pairs, r, &state, [degree](EdgePair pair) { return bothends(degree, pair); });
     c->state = state;
-    c->draws += 2 * swaps;
+    c->draws += 2 * tries;
 }
 
 // Gives the last `r` turns where none of them can delete an edge any more, so that only the draws
