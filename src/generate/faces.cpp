@@ -3,6 +3,8 @@
 #include <bit>
 #include <cstring>
 
+enum { FACES_MAXREFUSED = 64 };
+
 // Edges are numbered at their lower ends.
 static i32 edgebetween(const Faces* faces, i32 a, i32 b)
 {
@@ -27,12 +29,12 @@ static void numberedges(Faces* faces)
     }
 }
 
-// Makes a face of four edges, if each has a side free.
-static void addface(Faces* faces, const i32 edges[4])
+// Makes a face of four edges, if each has a side free. Whether they have.
+static bool addface(Faces* faces, const i32 edges[4])
 {
     for (i32 i = 3; i >= 0; i--) {
         if (faces->sides[edges[i]][1] != 0) {
-            return;
+            return false;
         }
     }
     for (i32 i = 3; i >= 0; i--) {
@@ -40,11 +42,14 @@ static void addface(Faces* faces, const i32 edges[4])
         sides[sides[0] != 0 ? 1 : 0] = faces->nsides;
     }
     faces->nsides++;
+    return true;
 }
 
-// Adds the squares whose lowest node is a, and in which it is joined to b and c.
-static void addsquares(Faces* faces, i32 a, i32 bslot, i32 cslot)
+// Adds the squares whose lowest node is a, and in which it is joined to b and c. Returns the number
+// of those that would be a third on one of their edges.
+static i32 addsquares(Faces* faces, i32 a, i32 bslot, i32 cslot)
 {
+    i32 refused = 0;
     const FlatGraph* const graph = faces->graph;
     const i32 b = graph->edges[a][bslot];
     const i32 c = graph->edges[a][cslot];
@@ -54,21 +59,25 @@ static void addsquares(Faces* faces, i32 a, i32 bslot, i32 cslot)
             const i32 edges[4] = {faces->numbers[a][bslot], faces->numbers[a][cslot],
                                   d > b ? faces->numbers[b][slot] : edgebetween(faces, d, b),
                                   edgebetween(faces, c, d)};
-            addface(faces, edges);
+            refused += addface(faces, edges) ? 0 : 1;
         }
     }
+    return refused;
 }
 
-static void findsquares(Faces* faces)
+// False if the squares are too many to lie on a surface.
+static bool findsquares(Faces* faces)
 {
+    i32 refused = 0;
     const FlatGraph* const graph = faces->graph;
-    for (i32 i = graph->count - 1; i >= 0; i--) {
+    for (i32 i = graph->count - 1; i >= 0 && refused <= FACES_MAXREFUSED; i--) {
         for (u32 bits = faces->higher[i]; bits != 0; bits &= bits - 1) {
             for (u32 others = bits & (bits - 1); others != 0; others &= others - 1) {
-                addsquares(faces, i, std::countr_zero(bits), std::countr_zero(others));
+                refused += addsquares(faces, i, std::countr_zero(bits), std::countr_zero(others));
             }
         }
     }
+    return refused <= FACES_MAXREFUSED;
 }
 
 static i32 leaderof(i32* leaders, i32 node)
@@ -190,9 +199,9 @@ bool Faces_init(Faces* out, const FlatGraph* graph, Scratch* scratch)
     std::memset(out->sides, 0, static_cast<size_t>(edges) * sizeof out->sides[0]);
     std::memset(out->labels, 0, static_cast<size_t>(edges));
     numberedges(out);
-    findsquares(out);
-    if (edges - n + 1 > out->nsides - 1 + FACES_MAXMISSING) {
-        return false; // at least so many cycles against so many faces
+    // there are at least edges - n + 1 cycles
+    if (!findsquares(out) || edges - n + 1 > out->nsides - 1 + FACES_MAXMISSING) {
+        return false;
     }
     out->leaders = Scratch_array<i32>(scratch, out->nsides);
     out->offsets = Scratch_array<u8>(scratch, out->nsides);
