@@ -215,40 +215,59 @@ static bool bothends(const u8* degree, EdgePair pair)
     return degree[pair.a] + degree[pair.b] <= 4;
 }
 
+// Exchanges the last of `r` edges at random while it is `poor`. Returns the number of tries.
+template <typename Edge, typename Poor> static u32 avoid(Edge* edges, i32 r, u32* state, Poor poor)
+{
+    Edge edge = edges[r - 1];
+    u32 tries = 0;
+    while (tries < SEARCH_TRIES && poor(edge)) {
+        edges[r - 1] = edge; // may be drawn too
+        const i32 j = stream_index(state, r);
+        const Edge other = edges[j];
+        edges[j] = edge;
+        edge = other;
+        tries++;
+    }
+    edges[r - 1] = edge;
+    return tries;
+}
+
 // Brings a pair whose ends are not poor in edges to the end of the first `r`, if the tries find one.
 static void choose(Corridors* c, i32 r)
 {
     const u8* const degree = c->degree;
-    EdgePair* const pairs = c->pairs;
-    EdgePair* const last = pairs + r - 1;
     u32 state = c->state;
-    u32 swaps = 0;
-    for (i32 tries = 0; tries < SEARCH_TRIES && anyend(degree, *last); tries++) {
-        std::swap(*last, pairs[stream_index(&state, r)]);
-        swaps++;
-    }
-    for (i32 tries = 0; tries < SEARCH_TRIES && bothends(degree, *last); tries++) {
-        std::swap(*last, pairs[stream_index(&state, r)]);
-        swaps++;
-    }
+    u32 tries =
+        avoid(c->pairs, r, &state, [degree](EdgePair pair) { return anyend(degree, pair); });
+    tries += avoid(c->pairs, r, &state, [degree](EdgePair pair) { return bothends(degree, pair); });
     c->state = state;
-    c->draws += 2 * swaps;
+    c->draws += 2 * tries;
 }
 
+enum : u8 { POOR_ANYEND = 1, POOR_BOTHENDS = 2 };
+
 // Gives the last `r` turns where none of them can delete an edge any more, so that only the draws
-// count: as many as there can be once all edges that are left have poor ends.
-static void finish(Corridors* c, i32 r)
+// count, and of an edge no more than how poor its ends are. Once all that are left are poor in both
+// ways they take as many draws as they can.
+static void finish(Corridors* c, i32 r, Scratch* scratch)
 {
+    u8* const edges = Scratch_array<u8>(scratch, r);
     i32 rich = 0;
     for (i32 i = r - 1; i >= 0; i--) {
-        FlatGraph_keep(&c->graph, c->pairs[i].a, c->pairs[i].b);
-        rich += bothends(c->degree, c->pairs[i]) ? 0 : 1;
+        const EdgePair pair = c->pairs[i];
+        FlatGraph_keep(&c->graph, pair.a, pair.b);
+        const bool both = bothends(c->degree, pair);
+        edges[i] = static_cast<u8>((anyend(c->degree, pair) ? POOR_ANYEND : 0) |
+                                   (both ? POOR_BOTHENDS : 0));
+        rich += both ? 0 : 1;
     }
+    u32 tries = 0;
     for (; rich > 0; r--) {
-        choose(c, r);
-        rich -= bothends(c->degree, c->pairs[r - 1]) ? 0 : 1;
+        tries += avoid(edges, r, &c->state, [](u8 edge) { return (edge & POOR_ANYEND) != 0; });
+        tries += avoid(edges, r, &c->state, [](u8 edge) { return (edge & POOR_BOTHENDS) != 0; });
+        rich -= (edges[r - 1] & POOR_BOTHENDS) == 0 ? 1 : 0;
     }
-    c->draws += 2 * 2 * SEARCH_TRIES * static_cast<u32>(r);
+    c->draws += 2 * (tries + 2 * SEARCH_TRIES * static_cast<u32>(r));
 }
 
 void makemaze_corridors(Maze* maze)
@@ -263,7 +282,7 @@ void makemaze_corridors(Maze* maze)
         choose(&c, r);
         taketurn(&c, c.pairs[r - 1]);
     }
-    finish(&c, r);
+    finish(&c, r, &scratch);
     rnd_skip(c.draws);
     FlatGraph_carve(&c.graph, maze);
     Scratch_free(&scratch);

@@ -3,40 +3,38 @@
 #include <bit>
 #include <cstring>
 
-// The number of the edge in a slot of its lower end: edges are numbered as Maze_edgelist lists them.
-static i32 edgenumber(const Faces* faces, i32 a, i32 slot)
-{
-    return faces->first[a] + std::popcount(static_cast<u32>(faces->higher[a]) >> (slot + 1));
-}
+enum { FACES_MAXREFUSED = 64 };
 
+// Edges are numbered at their lower ends.
 static i32 edgebetween(const Faces* faces, i32 a, i32 b)
 {
     const i32 low = a < b ? a : b;
     const i32 high = a < b ? b : a;
-    return edgenumber(faces, low, std::countr_zero(FlatGraph_slots(faces->graph, low, high)));
+    return faces->numbers[low][std::countr_zero(FlatGraph_slots(faces->graph, low, high))];
 }
 
 static void numberedges(Faces* faces)
 {
     const FlatGraph* const graph = faces->graph;
     i32 n = 0;
-    for (i32 i = 0; i < graph->count; i++) { // the order of the list
+    for (i32 i = graph->count - 1; i >= 0; i--) {
         u32 higher = 0;
         for (i32 slot = graph->nedges[i] - 1; slot >= 0; slot--) {
-            higher |= static_cast<u32>(graph->edges[i][slot] > i ? 1 : 0) << slot;
+            const bool up = graph->edges[i][slot] > i;
+            higher |= static_cast<u32>(up ? 1 : 0) << slot;
+            faces->numbers[i][slot] = n;
+            n += up ? 1 : 0;
         }
-        faces->first[i] = n;
         faces->higher[i] = static_cast<u8>(higher);
-        n += std::popcount(higher);
     }
 }
 
-// Makes a face of four edges, if each has a side free.
-static void addface(Faces* faces, const i32 edges[4])
+// Makes a face of four edges, if each has a side free. Whether they have.
+static bool addface(Faces* faces, const i32 edges[4])
 {
     for (i32 i = 3; i >= 0; i--) {
         if (faces->sides[edges[i]][1] != 0) {
-            return;
+            return false;
         }
     }
     for (i32 i = 3; i >= 0; i--) {
@@ -44,35 +42,42 @@ static void addface(Faces* faces, const i32 edges[4])
         sides[sides[0] != 0 ? 1 : 0] = faces->nsides;
     }
     faces->nsides++;
+    return true;
 }
 
-// Adds the squares whose lowest node is a and whose neighbours of it are b and c.
-static void addsquares(Faces* faces, i32 a, i32 b, i32 c)
+// Adds the squares whose lowest node is a, and in which it is joined to b and c. Returns the number
+// of those that would be a third on one of their edges.
+static i32 addsquares(Faces* faces, i32 a, i32 bslot, i32 cslot)
 {
+    i32 refused = 0;
     const FlatGraph* const graph = faces->graph;
+    const i32 b = graph->edges[a][bslot];
+    const i32 c = graph->edges[a][cslot];
     for (i32 slot = graph->nedges[b] - 1; slot >= 0; slot--) {
         const i32 d = graph->edges[b][slot];
         if (d > a && d != b && d != c && FlatGraph_slots(graph, c, d) != 0) {
-            const i32 edges[4] = {edgebetween(faces, a, b), edgebetween(faces, a, c),
-                                  edgebetween(faces, b, d), edgebetween(faces, c, d)};
-            addface(faces, edges);
+            const i32 edges[4] = {faces->numbers[a][bslot], faces->numbers[a][cslot],
+                                  d > b ? faces->numbers[b][slot] : edgebetween(faces, d, b),
+                                  edgebetween(faces, c, d)};
+            refused += addface(faces, edges) ? 0 : 1;
         }
     }
+    return refused;
 }
 
-static void findsquares(Faces* faces)
+// False if the squares are too many to lie on a surface.
+static bool findsquares(Faces* faces)
 {
+    i32 refused = 0;
     const FlatGraph* const graph = faces->graph;
-    const i32 most = faces->graph->npairs; // more faces than edges are of no use
-    for (i32 i = graph->count - 1; i >= 0; i--) {
+    for (i32 i = graph->count - 1; i >= 0 && refused <= FACES_MAXREFUSED; i--) {
         for (u32 bits = faces->higher[i]; bits != 0; bits &= bits - 1) {
-            const i32 b = graph->edges[i][std::countr_zero(bits)];
-            for (u32 others = bits & (bits - 1); others != 0 && faces->nsides <= most;
-                 others &= others - 1) {
-                addsquares(faces, i, b, graph->edges[i][std::countr_zero(others)]);
+            for (u32 others = bits & (bits - 1); others != 0; others &= others - 1) {
+                refused += addsquares(faces, i, std::countr_zero(bits), std::countr_zero(others));
             }
         }
     }
+    return refused <= FACES_MAXREFUSED;
 }
 
 static i32 leaderof(i32* leaders, i32 node)
@@ -118,7 +123,7 @@ static bool partedges(Faces* faces, Missing* missing, i32* parts)
     for (i32 i = graph->count - 1; i >= 0; i--) {
         for (u32 bits = faces->higher[i]; bits != 0; bits &= bits - 1) {
             const i32 slot = std::countr_zero(bits);
-            const i32 edge = edgenumber(faces, i, slot);
+            const i32 edge = faces->numbers[i][slot];
             const i32* const sides = faces->sides[edge];
             if (unite(faces->leaders, sides[0], sides[1])) {
                 missing->roles[edge] = BETWEEN_FACES;
@@ -182,8 +187,8 @@ bool Faces_init(Faces* out, const FlatGraph* graph, Scratch* scratch)
     const i32 n = graph->count;
     const i32 edges = graph->npairs;
     *out = {.graph = graph,
-            .first = Scratch_array<i32>(scratch, n),
             .higher = Scratch_array<u8>(scratch, n),
+            .numbers = Scratch_array<i32[MAZE_MAXEDGES]>(scratch, n),
             .sides = Scratch_array<i32[2]>(scratch, edges),
             .labels = Scratch_array<u8>(scratch, edges),
             .nsides = 1,
@@ -194,9 +199,9 @@ bool Faces_init(Faces* out, const FlatGraph* graph, Scratch* scratch)
     std::memset(out->sides, 0, static_cast<size_t>(edges) * sizeof out->sides[0]);
     std::memset(out->labels, 0, static_cast<size_t>(edges));
     numberedges(out);
-    findsquares(out);
-    if (edges - n + 1 > out->nsides - 1 + FACES_MAXMISSING) {
-        return false; // at least so many cycles against so many faces
+    // there are at least edges - n + 1 cycles
+    if (!findsquares(out) || edges - n + 1 > out->nsides - 1 + FACES_MAXMISSING) {
+        return false;
     }
     out->leaders = Scratch_array<i32>(scratch, out->nsides);
     out->offsets = Scratch_array<u8>(scratch, out->nsides);

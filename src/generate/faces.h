@@ -19,16 +19,16 @@
 enum { FACES_MAXMISSING = 8 };
 
 struct Faces {
-    const FlatGraph* graph;     // lent
-    i32* first;                 // number of the first edge that each node lists, its lower end
-    u8* higher;                 // bit i: slot i of the node leads to a higher one
-    i32 (*sides)[2];            // of each edge: faces, 0 is the outside
-    u8* labels;                 // of each edge: bits of the missing cycles that it lies on
-    i32 nsides;                 // faces and the outside
-    i32* leaders;               // of each face: towards the one that stands for its region
-    u8* offsets;                // the label of the way to that leader
-    u8 rings[FACES_MAXMISSING]; // labels of the rings so far, no two with the same highest bit
-    i32 left;                   // edges that can still be deleted
+    const FlatGraph* graph;        // lent
+    u8* higher;                    // bit i: slot i of the node leads to a higher one
+    i32 (*numbers)[MAZE_MAXEDGES]; // of the edges in those slots
+    i32 (*sides)[2];               // of each edge: faces, 0 is the outside
+    u8* labels;                    // of each edge: bits of the missing cycles that it lies on
+    i32 nsides;                    // faces and the outside
+    i32* leaders;                  // of each face: towards the one that stands for its region
+    u8* offsets;                   // the label of the way to that leader
+    u8 rings[FACES_MAXMISSING];    // labels of the rings so far, no two with the same highest bit
+    i32 left;                      // edges that can still be deleted
 };
 
 /// Finds the squares of a graph without doubled edges. False if they leave more than
