@@ -1,5 +1,7 @@
 #include "generate/grids.h"
 
+#include "generate/slots.h"
+
 #include <cstdlib>
 
 static const f64 weldlimit2 = 0.5625; // square of 0.75
@@ -7,16 +9,6 @@ static const f64 weldlimit2 = 0.5625; // square of 0.75
 static i32 atleast1(i32 size)
 {
     return size < 1 ? 1 : size;
-}
-
-// Fills a slot of a node that isn't in its maze yet.
-static void addslot(MazeNode* node, bool exists, i32 neighbour)
-{
-    if (exists) {
-        node->edges[node->nedges] = neighbour;
-        node->edgerec[node->nedges] = VisitRec_fresh();
-        node->nedges++;
-    }
 }
 
 Maze* grid_maze(i32 nx, i32 ny, i32 nz)
@@ -32,12 +24,12 @@ Maze* grid_maze(i32 nx, i32 ny, i32 nz)
             for (i32 x = 0; x < nx; x++) {
                 const i32 n = x + nx * (y + ny * z);
                 MazeNode node = MazeNode_fresh(x, y, z, 0.5);
-                addslot(&node, x > 0, n - 1);
-                addslot(&node, x < nx - 1, n + 1);
-                addslot(&node, y > 0, n - nx);
-                addslot(&node, y < ny - 1, n + nx);
-                addslot(&node, z > 0, n - nx * ny);
-                addslot(&node, z < nz - 1, n + nx * ny);
+                slots_addif(&node, x > 0, n - 1);
+                slots_addif(&node, x < nx - 1, n + 1);
+                slots_addif(&node, y > 0, n - nx);
+                slots_addif(&node, y < ny - 1, n + nx);
+                slots_addif(&node, z > 0, n - nx * ny);
+                slots_addif(&node, z < nz - 1, n + nx * ny);
                 Maze_addnode(maze, &node);
             }
         }
@@ -131,7 +123,7 @@ static void redirect(Maze* maze, i32 i, i32 slot, i32 target)
     // the old end goes later, when node i may have another number
     forget(Maze_node(maze, node->edges[slot]), i);
     node->edges[slot] = target;
-    addslot(end, true, i);
+    slots_add(end, i);
     const u32 colour = node->edgerec[slot].colour;
     colourslots(node, target, colour);
     colourslots(end, i, colour);
