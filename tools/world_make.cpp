@@ -1,5 +1,6 @@
 #include "base/rnd.h"
 #include "generate/makemaze.h"
+#include "generate/stencils.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
 
@@ -177,6 +178,7 @@ int command_make(char** words, int count)
     if (!takeoptions(&options, words, count)) {
         return EXIT_BAD;
     }
+    stencil_progress_to_stderr = true;
     makemaze_forced_kind = options.kind;
     rnd_seed(options.seed);
     MazeGame game;
