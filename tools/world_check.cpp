@@ -1,6 +1,6 @@
 #include "model/savefile.h"
-
 #include "world.h"
+
 #include <cstdio>
 #include <cstdlib>
 

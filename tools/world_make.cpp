@@ -3,8 +3,8 @@
 #include "generate/stencils.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
-
 #include "world.h"
+
 #include <charconv>
 #include <cstdio>
 #include <cstring>
