@@ -1,130 +1,68 @@
 // corvane-world: worlds without a window.
-#include "model/connect.h"
-#include "model/mazegame.h"
-#include "model/savefile.h"
-#include "model/savelayout.h"
-
-#include <cstdarg>
+#include "world.h"
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 static const char help_text[] =
     "corvane-world COMMAND\n"
-    "Tells about worlds without opening a window. The exit code is 2 for a bad argument or file.\n"
+    "Makes worlds and tells about them without opening a window. The exit code is 2 for a bad\n"
+    "argument or file, with one line on standard error. A FILE is a saved game, and is only read.\n"
     "\n"
-    "  check FILE       whether a save file is sound. The exit code is 0 if it is, 1 if it is "
-    "not,\n"
-    "                   with the first fault and its place: node numbers from the root down, as\n"
-    "                   maze 1/17, node 3; and 2 if it can't be read, or ends too early to be "
-    "told\n"
-    "                   apart into mazes and nodes\n"
-    "  --help           this text\n";
+    "  make --seed S --mode M [--kind K] [--out FILE] [--digest]\n"
+    "      makes the world that the game makes from this state of its random numbers. S is a "
+    "number\n"
+    "      below 2^32. M is 0 for a random world, 1 for the nested grid, 2 for the gallery of "
+    "chains.\n"
+    "      K, from 0 to 12, makes a random world of one kind: 0, 1 and 2 a flat grid, 3 "
+    "triangles,\n"
+    "      4 a honeycomb, 5 a block, 6 a disc, 7 a sphere, 10 a torus, 11 a strip with a half "
+    "turn,\n"
+    "      and 8, 9 and 12 worlds of two, three and four nested levels. Lines about the progress "
+    "go\n"
+    "      to standard error.\n"
+    "        --out FILE   saves the world: as maze_save.dat in its folder the game goes on with "
+    "it.\n"
+    "                     A file that is there is replaced by the whole new one, or, if that "
+    "fails,\n"
+    "                     left as it is\n"
+    "        --digest     prints graph=HEX place=HEX as digest does, and draws=N rand_state=N: "
+    "how\n"
+    "                     many random numbers the world took, and the state they left\n"
+    "\n"
+    "  check FILE\n"
+    "      whether a save file is sound. The exit code is 0 if it is, 1 if it is not, with the "
+    "first\n"
+    "      fault and its place: node numbers from the root down, as maze 1/17, node 3; and 2 if "
+    "it\n"
+    "      can't be read, or ends too early to be told apart into mazes and nodes\n"
+    "\n"
+    "  info FILE\n"
+    "      prints where the player is, the clock, how large the world is, and for each level how "
+    "many\n"
+    "      mazes, nodes and edges it has, how many of them have a name or have been visited, and\n"
+    "      some of the names\n"
+    "\n"
+    "  digest FILE\n"
+    "      prints graph=HEX place=HEX: a hash of what is joined to what, with colours and names, "
+    "and\n"
+    "      one of where the nodes are, to six digits. Worlds with the same are the same\n"
+    "\n"
+    "  dump FILE OUT\n"
+    "      writes a line or two for each node, as a new text file OUT. A file that is there is "
+    "left\n"
+    "      alone: OUT must be a name that nothing has\n"
+    "\n"
+    "  --help\n"
+    "      this text\n";
 
-enum { EXIT_SOUND = 0, EXIT_UNSOUND = 1, EXIT_BAD = 2 };
-
-static int bad(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-// Tells what is wrong in one line; the exit code for the caller to pass on.
-static int bad(const char* format, ...)
-{
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::fputs("corvane-world: ", stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
-    va_end(arguments);
-    return EXIT_BAD;
-}
-
-// Check
-
-// The first maze of a tree, in the order of a file, whose ports are not joined; null if there is none.
-static const Maze* firstsevered(const Maze* maze)
-{
-    if (Maze_ports(maze) >= 2 && !Maze_isconnected(maze)) {
-        return maze;
-    }
-    const i32 n = Maze_count(maze);
-    for (i32 i = 0; i < n; i++) { // as they stand in the file
-        const Maze* const sub = Maze_node(maze, i)->sub;
-        const Maze* const found = sub != nullptr ? firstsevered(sub) : nullptr;
-        if (found != nullptr) {
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-static i32 levelof(const Maze* maze)
-{
-    i32 level = 0;
-    for (; maze->parent != nullptr; maze = maze->parent) {
-        level++;
-    }
-    return level;
-}
-
-static void nameof(const Maze* maze, char out[SAVE_PLACE])
-{
-    i32 path[SAVE_MAXLEVELS];
-    const i32 level = levelof(maze);
-    for (i32 i = level - 1; i >= 0; i--) {
-        path[i] = maze->parentnode;
-        maze = maze->parent;
-    }
-    saveplace_name(path, level + 1, out);
-}
-
-// What loading passes over, since a world can be played with it: ports that are not joined.
-static int judgeworld(const u8* bytes, size_t size, char* why)
-{
-    MazeGame game;
-    savefile_build(&game, bytes, size);
-    const Maze* const severed = firstsevered(game.root);
-    if (severed != nullptr) {
-        char place[SAVE_PLACE];
-        nameof(severed, place);
-        std::snprintf(why, SAVE_WHY, "%s: no way from port to port", place);
-    }
-    MazeGame_free(&game);
-    return severed != nullptr ? EXIT_UNSOUND : EXIT_SOUND;
-}
-
-static int judge(const u8* bytes, size_t size, char* why)
-{
-    switch (savefile_check(bytes, size, why)) {
-    case SAVE_SOUND: return judgeworld(bytes, size, why);
-    case SAVE_UNSOUND: return EXIT_UNSOUND;
-    case SAVE_UNREADABLE: return EXIT_BAD;
-    }
-    return EXIT_BAD;
-}
-
-static int check(const char* path)
-{
-    char why[SAVE_WHY];
-    u8* bytes = nullptr;
-    size_t size = 0;
-    const WholeFileRead outcome = wholefile_read(path, &bytes, &size, why);
-    if (outcome == WHOLEFILE_MISSING) {
-        return bad("%s: there is no such file", path);
-    }
-    if (outcome == WHOLEFILE_UNREADABLE) {
-        return bad("%s: %s", path, why);
-    }
-    const int code = judge(bytes, size, why);
-    std::free(bytes);
-    if (code == EXIT_BAD) {
-        return bad("%s: %s", path, why);
-    }
-    if (code == EXIT_UNSOUND) {
-        std::printf("%s: unsound: %s\n", path, why);
-    } else {
-        std::printf("%s: sound\n", path);
-    }
-    return code;
-}
+static const struct {
+    const char* name;
+    int (*run)(char** words, int count);
+} commands[] = {{"make", command_make},
+                {"check", command_check},
+                {"info", command_info},
+                {"digest", command_digest},
+                {"dump", command_dump}};
 
 static bool wantshelp(int argc, char** argv)
 {
@@ -136,20 +74,28 @@ static bool wantshelp(int argc, char** argv)
     return false;
 }
 
-int main(int argc, char** argv)
+static int run(int argc, char** argv)
 {
     if (wantshelp(argc, argv)) {
         std::fputs(help_text, stdout);
-        return 0;
+        return EXIT_DONE;
     }
     if (argc < 2) {
-        return bad("what to do? check FILE (--help tells more)");
+        return bad("what to do? make, check, info, digest or dump (--help tells more)");
     }
-    if (std::strcmp(argv[1], "check") != 0) {
-        return bad("unknown command %s (--help lists them)", argv[1]);
+    for (const auto& command : commands) {
+        if (std::strcmp(argv[1], command.name) == 0) {
+            return command.run(argv + 2, argc - 2);
+        }
     }
-    if (argc != 3) {
-        return bad("check takes one file (--help tells more)");
+    return bad("unknown command %s (--help lists them)", argv[1]);
+}
+
+int main(int argc, char** argv)
+{
+    const int code = run(argc, argv);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        return bad("standard output can't be written");
     }
-    return check(argv[2]);
+    return code;
 }

@@ -458,12 +458,20 @@ static i32 dumpsub(const Maze* maze, i32 n, std::FILE* file)
     return status;
 }
 
-// The file is closed while the submaze is dumped. Null if it can't be opened again.
+// Whether all that was written has reached the file.
+static bool closewhole(std::FILE* file)
+{
+    const bool whole = std::ferror(file) == 0;
+    return std::fclose(file) == 0 && whole;
+}
+
+// The file is closed while the submaze is dumped. Null if that fails or it can't be opened again.
 static std::FILE* dumpdescent(const Maze* sub, const char* path, std::FILE* file)
 {
     std::fprintf(file, "{\n");
-    std::fclose(file);
-    Maze_dump(sub, path, "", MAZE_DUMP_DESCENT);
+    if (!closewhole(file) || Maze_dump(sub, path, "", MAZE_DUMP_DESCENT) < 0) {
+        return nullptr;
+    }
     std::FILE* const again = std::fopen(path, "a");
     if (again != nullptr) {
         std::fprintf(again, "}\n");
@@ -496,9 +504,5 @@ i32 Maze_dump(const Maze* maze, const char* path, const char* heading, MazeDumpM
             file = dumpdescent(node->sub, path, file);
         }
     }
-    if (file == nullptr) {
-        return -1;
-    }
-    std::fclose(file);
-    return status;
+    return file != nullptr && closewhole(file) ? status : -1;
 }

@@ -154,5 +154,6 @@ enum MazeDumpMode { MAZE_DUMP_LEVEL = 0, MAZE_DUMP_ALL = 1, MAZE_DUMP_DESCENT = 
 /// Appends a description of the maze to the text file at `path`, with an ERROR line for each broken
 /// invariant. Returns the status of the last error of this level: 0 sound, 1 a node joined to itself,
 /// 2 two nodes joined twice, 101 a submaze with the wrong parent, 102 one with too few nodes; -1 if
-/// the file can't be opened, in which case nothing is checked.
+/// the file can't be opened, in which case nothing is checked, or can't be written, when what was
+/// written before stays.
 i32 Maze_dump(const Maze* maze, const char* path, const char* heading, MazeDumpMode mode);
