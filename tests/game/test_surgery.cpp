@@ -1,11 +1,12 @@
 #include "base/rnd.h"
+#include "generate/carve.h"
 #include "generate/grids.h"
 #include "model/drawsphere.h"
 #include "model/surgery.h"
 #include "tests/gameworlds.h"
-#include "tests/randomgraph.h"
 #include "tests/sound.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -210,7 +211,8 @@ static void plain_repel(Maze* maze)
     }
     for (i32 i = 0; i < n; i++) {
         for (i32 k = 0; k < 3; k++) {
-            Maze_node(maze, i)->pos[k] += 0.1 * force[static_cast<size_t>(i)][static_cast<size_t>(k)];
+            Maze_node(maze, i)->pos[k] +=
+                0.1 * force[static_cast<size_t>(i)][static_cast<size_t>(k)];
         }
     }
 }
@@ -293,8 +295,8 @@ TEST(Maze_absorb, of_a_node_by_itself_does_nothing)
 
 TEST(Maze_absorb, takes_edges_from_the_last_slot_until_it_has_8)
 {
-    const World maze(make_graph(12, {{0, 1}, {0, 2}, {0, 3}, {0, 4}, {0, 5}, {0, 6},
-                                     {7, 8}, {7, 9}, {7, 10}, {7, 11}}));
+    const World maze(make_graph(
+        12, {{0, 1}, {0, 2}, {0, 3}, {0, 4}, {0, 5}, {0, 6}, {7, 8}, {7, 9}, {7, 10}, {7, 11}}));
     Maze_absorb(maze.get(), 0, 7, false);
     EXPECT_EQ(neighbours(maze.get(), 0), (std::vector<i32>{1, 2, 3, 4, 5, 6, 11, 10}));
     EXPECT_TRUE(neighbours(maze.get(), 9).empty());
