@@ -368,7 +368,6 @@ static PlatformOpen openwindow(const WindowRequest* want)
         closewindow();
         return result;
     }
-    signals_install();
     windowx = want->x;
     windowy = want->y;
     clientwidth = want->width;
@@ -573,6 +572,11 @@ static f64 seconds()
     return now;
 }
 
+static bool displaylost()
+{
+    return false; // there is none
+}
+
 static void swap()
 {
     scripted_counts.swaps++;
@@ -590,6 +594,8 @@ static void* glproc(const char* symbol)
 const Platform platform_scripted = {
     .name = "scripted",
     .seconds = seconds,
+    .takesignals = signals_install,
+    .displaylost = displaylost,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,
