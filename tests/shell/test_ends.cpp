@@ -153,7 +153,7 @@ static double start_time(const Folder& folder)
 // Moments of a run: a third of them in its start, the others in its frames.
 static double moment_of(Moments* moments, int i, double start)
 {
-    return i % 3 == 0 ? moments->within(0, start) : moments->within(start, 3 * start + 0.1);
+    return i % 3 == 0 ? moments->within(0, start) : moments->within(start, 2 * start + 0.1);
 }
 
 // The end of one run of a chain in one folder, by a signal at a moment.
@@ -347,7 +347,7 @@ static bool is_saving(const Folder& folder)
 TEST(an_end_by_signal, is_not_disturbed_by_signals_while_the_save_is_written)
 {
     const Folder folder;
-    leave_line(folder, 30000, 10);
+    leave_line(folder, 8000, 10);
     const Left before = left_in(folder);
     i32 during = 0;
     for (int i = 0; i < 5; i++) {
