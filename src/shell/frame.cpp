@@ -12,6 +12,7 @@
 #include "model/savefile.h"
 #include "scene/scene.h"
 #include "scene/view.h"
+#include "shell/lastsave.h"
 #include "shell/numbers.h"
 
 #include <GL/gl.h>
@@ -32,6 +33,10 @@ enum { STEREO_MODES = 9 };
 static bool times_on;
 static f64 times_begin; // timer_now at the start of driver_start
 static f64 times_last;  // timer_now at the last lap
+
+// What is saved should a library end the process. Written by beginlastsave and driver_stop.
+static Driver* playing;
+static bool game_done; // driver_stop has saved the game, or told that it couldn't
 
 static void showtime(const char* step, f64 seconds)
 {
@@ -161,6 +166,89 @@ static void startgame(Driver* driver)
     driver->game = scratch;
 }
 
+// Tries once more to get a refused save out of the way, since the user may have made room for it, or
+// moved it. False if it stays, and `why` (WHOLEFILE_WHY chars) tells the reason.
+static bool clearway(char* why)
+{
+    u8* bytes;
+    size_t size;
+    if (wholefile_read(save_path, &bytes, &size, why) == WHOLEFILE_MISSING) {
+        return true;
+    }
+    std::free(bytes);
+    char newname[WHOLEFILE_PATH];
+    if (!wholefile_setaside(save_path, newname, why)) {
+        return false;
+    }
+    char message[WHOLEFILE_PATH + 100];
+    std::snprintf(message, sizeof message, "The saved game that can't be used is now %s.", newname);
+    report_notice("Corvane", 0, message);
+    return true;
+}
+
+static bool savebeside(const Driver* driver)
+{
+    char newname[WHOLEFILE_PATH];
+    char why[SAVE_WHY];
+    if (!MazeGame_savebeside(&driver->game, save_path, newname, why)) {
+        tellunsaved("The game is not saved beside maze_save.dat", why);
+        return false;
+    }
+    char message[WHOLEFILE_PATH + 100];
+    std::snprintf(message, sizeof message,
+                  "The game is saved in %s. To go on with it, rename it maze_save.dat.", newname);
+    report_notice("Corvane", 0, message);
+    return true;
+}
+
+static bool savegame(const Driver* driver)
+{
+    if (driver->second_copy) {
+        return savebeside(driver);
+    }
+    char why[SAVE_WHY];
+    if ((!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why)) {
+        return true;
+    }
+    tellunsaved("The game is not saved in maze_save.dat", why);
+    return false;
+}
+
+static void storestereo(Driver* driver)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%d", driver->stereo_mode);
+    config_set(&driver->config, "Stereo mode", text);
+    config_set_bool(&driver->config, "Swap stereo", driver->stereo_swap);
+    std::snprintf(text, sizeof text, "%.15g", driver->stereo_depth);
+    config_set(&driver->config, "Stereo Depth", text);
+}
+
+// Called at the process's end if driver_stop has not come so far: of the two files it writes what
+// driver_stop had not begun to. The user is told why the run is over.
+static void savelast(bool whole)
+{
+    const bool lost = platform->displaylost();
+    report_notice("Corvane", 0,
+                  lost ? "The connection to the display is lost, so Corvane ends."
+                       : "Corvane is ended by a library that it uses.");
+    if (!game_done && !whole) {
+        tellunsaved("The game is not saved in maze_save.dat",
+                    "The end came while the world was being changed");
+    } else if (!game_done && savegame(playing) && !playing->second_copy) {
+        report_notice("Corvane", 0, "The game is saved in maze_save.dat.");
+    }
+    storestereo(playing);
+    savesettings(&playing->config);
+}
+
+static void beginlastsave(Driver* driver)
+{
+    playing = driver;
+    game_done = false;
+    lastsave_begin(savelast);
+}
+
 static void startloop(Driver* driver)
 {
     if (!windowed) {
@@ -181,6 +269,7 @@ static void startloop(Driver* driver)
 bool driver_start(Driver* driver, bool times)
 {
     starttimes(times);
+    platform->takesignals();
     readsettings(driver);
     lap("settings");
     seedstream(&driver->config);
@@ -191,6 +280,7 @@ bool driver_start(Driver* driver, bool times)
     lap("window");
     lockfolder(driver);
     startgame(driver);
+    beginlastsave(driver);
     lap("world");
     startloop(driver);
     lap("first pump");
@@ -355,84 +445,36 @@ bool driver_frame(Driver* driver)
     Camera_zoom(&driver->camera, game, driver->dt);
     Camera_steer(&driver->camera, game, driver->dt, movement);
     choosepolygonmode();
+    lastsave_hold();
     MazeGame_moveroamers(game, driver->dt);
     MazeGame_move(game, movement);
     MazeGame_viewpos(driver->focus, game);
     Camera_eye(&driver->camera, game, driver->dt, driver->focus);
+    lastsave_release();
     MazeGame_applyview(game);
     edgekeys(driver);
     drawscene(driver);
+    lastsave_hold();
     newgamekey(driver);
     mazekeys(driver);
+    lastsave_release();
     showframe(driver);
     clearframe();
     return !quitasked();
 }
 
-// Tries once more to get a refused save out of the way, since the user may have made room for it, or
-// moved it. False if it stays, and `why` (WHOLEFILE_WHY chars) tells the reason.
-static bool clearway(char* why)
-{
-    u8* bytes;
-    size_t size;
-    if (wholefile_read(save_path, &bytes, &size, why) == WHOLEFILE_MISSING) {
-        return true;
-    }
-    std::free(bytes);
-    char newname[WHOLEFILE_PATH];
-    if (!wholefile_setaside(save_path, newname, why)) {
-        return false;
-    }
-    char message[WHOLEFILE_PATH + 100];
-    std::snprintf(message, sizeof message, "The saved game that can't be used is now %s.", newname);
-    report_notice("Corvane", 0, message);
-    return true;
-}
-
-static bool savebeside(const Driver* driver)
-{
-    char newname[WHOLEFILE_PATH];
-    char why[SAVE_WHY];
-    if (!MazeGame_savebeside(&driver->game, save_path, newname, why)) {
-        tellunsaved("The game is not saved beside maze_save.dat", why);
-        return false;
-    }
-    char message[WHOLEFILE_PATH + 100];
-    std::snprintf(message, sizeof message,
-                  "The game is saved in %s. To go on with it, rename it maze_save.dat.", newname);
-    report_notice("Corvane", 0, message);
-    return true;
-}
-
-static bool savegame(const Driver* driver)
-{
-    if (driver->second_copy) {
-        return savebeside(driver);
-    }
-    char why[SAVE_WHY];
-    if ((!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why)) {
-        return true;
-    }
-    tellunsaved("The game is not saved in maze_save.dat", why);
-    return false;
-}
-
-static void storestereo(Driver* driver)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, "%d", driver->stereo_mode);
-    config_set(&driver->config, "Stereo mode", text);
-    config_set_bool(&driver->config, "Swap stereo", driver->stereo_swap);
-    std::snprintf(text, sizeof text, "%.15g", driver->stereo_depth);
-    config_set(&driver->config, "Stereo Depth", text);
-}
-
 int driver_stop(Driver* driver)
 {
+    lastsave_hold();
     const bool gamesaved = savegame(driver);
+    game_done = true;
+    lastsave_release();
     MazeGame_free(&driver->game); // display lists can only be deleted while the window is open
     storestereo(driver);
+    lastsave_hold();
     const bool settingssaved = savesettings(&driver->config);
+    lastsave_end();
+    lastsave_release();
     config_free(&driver->config);
     wholefile_unlock(driver->folder_lock);
     gfx_close();
