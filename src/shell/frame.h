@@ -48,7 +48,8 @@ bool driver_frame(Driver* driver);
 /// Touches no GL function if the window was closed. A refused save that could not be renamed at the
 /// start is not written over, unless it is out of the way by now or can be renamed now. A second copy
 /// saves in a new file with a number, even if the first has ended, and tells which. Returns the
-/// exit code of the process: 1 if a file could not be written (which has then been told), else 0.
+/// exit code of the process: 1 if a file could not be written, or may not be safe on the disk (which has
+/// then been told), else 0.
 int driver_stop(Driver* driver);
 
 /// The whole run: start, frames, exit. Returns the exit code, 0 if there was no size for a window. With
