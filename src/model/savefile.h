@@ -19,7 +19,8 @@ enum { SAVE_MAXLEVELS = 1000, SAVE_WHY = 6000 };
 void Maze_save(const Maze* maze, WholeFile* file, const Maze* current);
 
 /// Writes the game to `path`, replacing a file there whole. False if that failed: the old file is then
-/// as it was, and `why` (SAVE_WHY chars) tells what happened.
+/// as it was, and `why` (SAVE_WHY chars) tells what happened. True with a text in `why` if the new file
+/// is in place, but may not outlast a loss of power.
 bool MazeGame_save(const MazeGame* game, const char* path, char* why);
 
 /// Writes the game beside `path`, in a file that replaces none: maze_save-2.dat for maze_save.dat, or

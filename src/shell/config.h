@@ -47,7 +47,7 @@ void config_set_bool(ConfigList* list, const char* name, i32 value);
 
 /// Writes all entries in order, replacing the file whole. False if that failed or if the list is of a
 /// file that could not be read; the old file then stands, and `why` (WHOLEFILE_WHY chars) tells what
-/// happened.
+/// happened. True with a text in `why` if the new file is in place, but may not outlast a loss of power.
 bool config_save(const ConfigList* list, const char* path, char separator, char* why);
 
 /// Frees the list.

@@ -73,21 +73,24 @@ static void readstereodepth(Driver* driver)
     driver->stereo_depth = std::isfinite(depth) ? depth : 0.0;
 }
 
-static void tellunsaved(const char* what, const char* why)
+// True if a file is safe on the disk. Otherwise tells what became of it.
+static bool tellsaved(bool saved, const char* what, const char* where, const char* why)
 {
+    if (saved && why[0] == 0) {
+        return true;
+    }
     char message[SAVE_WHY + 100];
-    std::snprintf(message, sizeof message, "%s. %s", what, why);
+    std::snprintf(message, sizeof message, "%s %s %s. %s", what, saved ? "saved" : "not saved",
+                  where, why);
     report_notice("Corvane", 0, message);
+    return false;
 }
 
 static bool savesettings(const ConfigList* config)
 {
     char why[WHOLEFILE_WHY];
-    if (config_save(config, config_path, ':', why)) {
-        return true;
-    }
-    tellunsaved("The settings are not saved in config.txt", why);
-    return false;
+    const bool saved = config_save(config, config_path, ':', why);
+    return tellsaved(saved, "The settings are", "in config.txt", why);
 }
 
 static void readsettings(Driver* driver)
@@ -191,14 +194,14 @@ static bool savebeside(const Driver* driver)
     char newname[WHOLEFILE_PATH];
     char why[SAVE_WHY];
     if (!MazeGame_savebeside(&driver->game, save_path, newname, why)) {
-        tellunsaved("The game is not saved beside maze_save.dat", why);
-        return false;
+        return tellsaved(false, "The game is", "beside maze_save.dat", why);
     }
-    char message[WHOLEFILE_PATH + 100];
+    char message[2 * SAVE_WHY];
     std::snprintf(message, sizeof message,
-                  "The game is saved in %s. To go on with it, rename it maze_save.dat.", newname);
+                  "The game is saved in %s. To go on with it, rename it maze_save.dat.%s%s",
+                  newname, why[0] != 0 ? " " : "", why);
     report_notice("Corvane", 0, message);
-    return true;
+    return why[0] == 0;
 }
 
 static bool savegame(const Driver* driver)
@@ -207,11 +210,9 @@ static bool savegame(const Driver* driver)
         return savebeside(driver);
     }
     char why[SAVE_WHY];
-    if ((!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why)) {
-        return true;
-    }
-    tellunsaved("The game is not saved in maze_save.dat", why);
-    return false;
+    const bool saved =
+        (!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why);
+    return tellsaved(saved, "The game is", "in maze_save.dat", why);
 }
 
 static void storestereo(Driver* driver)
@@ -233,8 +234,8 @@ static void savelast(bool whole)
                   lost ? "The connection to the display is lost, so Corvane ends."
                        : "Corvane is ended by a library that it uses.");
     if (!game_done && !whole) {
-        tellunsaved("The game is not saved in maze_save.dat",
-                    "The end came while the world was being changed");
+        tellsaved(false, "The game is", "in maze_save.dat",
+                  "The end came while the world was being changed");
     } else if (!game_done && savegame(playing) && !playing->second_copy) {
         report_notice("Corvane", 0, "The game is saved in maze_save.dat.");
     }
