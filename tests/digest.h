@@ -3,6 +3,7 @@
 
 #include "model/digest.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -26,7 +27,7 @@ struct LevelCounts {
     i32 edges = 0;
 };
 
-inline void count_levels(std::vector<LevelCounts>* levels, const Maze* maze, size_t depth = 0)
+inline void count_levels(std::vector<LevelCounts>* levels, const Maze* maze, std::size_t depth = 0)
 {
     if (levels->size() <= depth) {
         levels->resize(depth + 1);

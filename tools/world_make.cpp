@@ -1,9 +1,10 @@
 #include "base/rnd.h"
 #include "generate/makemaze.h"
+#include "generate/stencils.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
-
 #include "world.h"
+
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -177,6 +178,7 @@ int command_make(char** words, int count)
     if (!takeoptions(&options, words, count)) {
         return EXIT_BAD;
     }
+    stencil_progress_to_stderr = true;
     makemaze_forced_kind = options.kind;
     rnd_seed(options.seed);
     MazeGame game;

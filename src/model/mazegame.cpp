@@ -3,6 +3,8 @@
 #include "base/rnd.h"
 #include "base/vec3.h"
 #include "generate/makemaze.h"
+#include "model/attachment.h"
+#include "model/stategraph.h"
 
 #include <cmath>
 
@@ -177,7 +179,26 @@ void MazeGame_viewpos(f64 out[3], const MazeGame* game)
     MazeGame_viewpos_radius(out, game, nullptr);
 }
 
-void MazeGame_move(MazeGame* game, const f64 delta[3])
+Pos MazeGame_place(Pos pos)
+{
+    while (Pos_node(pos)->sub != nullptr) {
+        pos = {Pos_node(pos)->sub, 0};
+    }
+    return pos;
+}
+
+void MazeGame_settle(MazeGame* game)
+{
+    game->pos = MazeGame_place(game->pos);
+    for (i32 i = static_cast<i32>(game->roamers.count) - 1; i >= 0; i--) {
+        Roamer* const roamer = items<Roamer>(&game->roamers) + i;
+        roamer->pos = MazeGame_place(roamer->pos);
+        roamer->prev = MazeGame_place(roamer->prev);
+    }
+}
+
+// Adds the movement to the step and passes an exit that it covers.
+static void takestep(MazeGame* game, const f64 delta[3])
 {
     for (i32 k = 2; k >= 0; k--) {
         game->step[k] += delta[k];
@@ -197,6 +218,15 @@ void MazeGame_move(MazeGame* game, const f64 delta[3])
         clear3(game->step);
         game->pos = exits[scan.best];
         Pos_markwalked(before, game->pos, game->time);
+    }
+}
+
+void MazeGame_move(MazeGame* game, const f64 delta[3])
+{
+    takestep(game, delta);
+    if (Maze_attachment(game->pos.maze, "rep") != nullptr) {
+        Maze_stategrow(game->pos.maze, game->pos.node);
+        MazeGame_settle(game);
     }
 }
 

@@ -28,9 +28,15 @@ void MazeGame_free(MazeGame* game);
 /// The player as a walker.
 Walker MazeGame_walker(const MazeGame* game);
 
+/// The place of a position: itself, or, while its node holds a submaze, node 0 of that.
+Pos MazeGame_place(Pos pos);
+
+/// Puts the player and the roamers on their places; for whoever hangs or renumbers mazes.
+void MazeGame_settle(MazeGame* game);
+
 /// Adds `delta` (world units) to the player's step; passes an exit if the step covers its whole length,
 /// and then stamps the passage with the game clock. The step becomes zero where no exit leads, and
-/// where it would not be finite.
+/// where it would not be finite. A state graph then grows at the player's node, in every call.
 void MazeGame_move(MazeGame* game, const f64 delta[3]);
 
 /// Lets `dt` seconds pass for all roamers, last first. Two draws for each exit that one tries.

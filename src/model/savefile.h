@@ -46,6 +46,10 @@ enum SaveVerdict {
 /// joined is not asked for: a world can be played without, and must not be lost for it.
 SaveVerdict savefile_check(const u8* bytes, size_t size, char* why);
 
+/// The same, and asks as well that the ports of each maze are joined on its own level, as they are in
+/// every world that is generated: what loads and can't be crossed is SAVE_UNSOUND.
+SaveVerdict savefile_checkcrossed(const u8* bytes, size_t size, char* why);
+
 /// Builds a game from bytes that savefile_check has found sound. `out` is overwritten unread.
 void savefile_build(MazeGame* out, const u8* bytes, size_t size);
 

@@ -1,5 +1,9 @@
 #include "scene/scene.h"
 
+#include "gfx/gfx_opengl.h"
+#include "gfx/projection.h"
+#include "model/attachment.h"
+#include "model/stategraph.h"
 #include "scene/ballstick.h"
 #include "scene/view.h"
 
@@ -47,9 +51,25 @@ void scene_draw(MazeGame* game)
     glClear(GL_DEPTH_BUFFER_BIT);
 }
 
+// What the maker of a state graph paints of the state that the player is in.
+static void drawstate(const MazeGame* game)
+{
+    const StateGraph* const graph =
+        static_cast<StateGraph*>(Maze_attachment(game->pos.maze, "rep"));
+    if (graph == nullptr || graph->label == nullptr) {
+        return;
+    }
+    const size_t at = static_cast<size_t>(game->pos.node) * graph->states.elemsize;
+    gfx_overlay_begin();
+    graph->label(graph->states.buf + at, graph->context, static_cast<f32>(gfx_width / 10),
+                 static_cast<f32>(gfx_height / 10), static_cast<f32>(gfx_height / 40));
+    gfx_overlay_end();
+}
+
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
     sphere_sticks(game->root, game, true);
     sphere_balls(game->root, game, true);
+    drawstate(game);
 }

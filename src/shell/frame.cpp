@@ -303,6 +303,21 @@ static void newgamekey(Driver* driver)
     MazeGame_viewpos_radius(point, &driver->game, &driver->camera.local_scale);
 }
 
+static void mazekeys(Driver* driver)
+{
+    MazeGame* const game = &driver->game;
+    const ReshapeKeys keys = {.simplify = key_held('R'),
+                              .relax = key_held('E'),
+                              .contract = key_pressed('K'),
+                              .shift = key_held(KEY_SHIFT),
+                              .ctrl = key_held(KEY_CTRL)};
+    MazeGame_reshape(game, &keys, driver->dt);
+    MazeGame_expand(game);
+    if (key_held('C')) {
+        MazeGame_growall(game);
+    }
+}
+
 static void showframe(Driver* driver)
 {
     glFinish();
@@ -348,6 +363,7 @@ bool driver_frame(Driver* driver)
     edgekeys(driver);
     drawscene(driver);
     newgamekey(driver);
+    mazekeys(driver);
     showframe(driver);
     clearframe();
     return !quitasked();

@@ -11,6 +11,7 @@
 enum { FRAME_SIDE = 4, FRAME_CAPTION = 24, MAXDEVICES = 16, MAXCONFIGS = 256, MAXSIDE = 16384 };
 
 static const f64 default_step = 1.0 / 60.0;
+static const f64 further_reading = 0.001;
 
 ScriptedCounts scripted_counts;
 
@@ -26,6 +27,8 @@ static f64 now;
 static i32 frame;      // pumps begun
 static u32 nextaction; // index in script
 static bool pumping;   // nextevent has not answered false yet
+static bool inframe;   // a pump has begun in this window
+static i32 readings;   // of the clock in this frame
 static bool opened;    // the opening pointer event has been delivered
 
 // Input as it stands. Written by nextevent.
@@ -70,6 +73,7 @@ void scripted_reset()
     frame = 0;
     nextaction = 0;
     pumping = false;
+    inframe = false;
     opened = false;
     std::memset(keys, 0, sizeof keys);
     std::memset(tapped, 0, sizeof tapped);
@@ -340,6 +344,7 @@ static void closewindow()
     surface = EGL_NO_SURFACE;
     context = EGL_NO_CONTEXT;
     pumping = false;
+    inframe = false;
 }
 
 static PlatformOpen makewindow(const WindowRequest* want)
@@ -449,6 +454,8 @@ static void pointerevent(PlatformEvent* out)
 static void beginpump()
 {
     pumping = true;
+    inframe = true;
+    readings = 0;
     frame++;
     now += step;
     offsetx = 0;
@@ -570,7 +577,10 @@ static void hidecursor()
 
 static f64 seconds()
 {
-    return now;
+    if (!inframe) {
+        return now;
+    }
+    return now + further_reading * readings++;
 }
 
 static void swap()
