@@ -228,6 +228,7 @@ enum { STEPS = 20000 };
 static void walk_and_recount(Walk* walk)
 {
     walk->steps(STEPS / 2);
+    expect_accounted(walk->account, walk->held->root); // what is saved isn't all that was counted
     ASSERT_NO_FATAL_FAILURE(walk->save_and_load());
     walk->steps(STEPS / 2);
     expect_accounted(walk->account, walk->held->root);
