@@ -1,6 +1,6 @@
 #include "base/rnd.h"
 
-static u32 state; // written by rnd_seed and rnd_draw only
+static u32 state; // written by rnd_seed, rnd_draw and rnd_skip only
 static u32 count; // draws since the last seeding
 
 void rnd_seed(u32 seed)
@@ -22,8 +22,22 @@ u32 rnd_count()
 i32 rnd_draw()
 {
     count++;
-    state = state * 214013U + 2531011U;
-    return static_cast<i32>((state >> 16) & RND_MAX);
+    state = rnd_next(state);
+    return rnd_drawn(state);
+}
+
+void rnd_skip(u32 n)
+{
+    count += n;
+    u32 factor = RND_FACTOR; // of 1, 2, 4 ... draws at once
+    u32 step = RND_STEP;
+    for (; n != 0; n >>= 1) {
+        if ((n & 1) != 0) {
+            state = state * factor + step;
+        }
+        step = step * factor + step;
+        factor *= factor;
+    }
 }
 
 f64 rnd(f64 x)

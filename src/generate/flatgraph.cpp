@@ -1,159 +1,175 @@
 #include "generate/flatgraph.h"
 
-#include "base/rnd.h"
+#include "generate/stream.h"
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
-void FlatGraph_init(FlatGraph* out, const Maze* maze)
+enum : size_t { ROOM_SIZE = 65536, ALIGNMENT = 16 };
+
+// Lent to one carving at a time; written by whoever holds the Scratch.
+alignas(ALIGNMENT) static u8 room[ROOM_SIZE];
+
+void* Scratch_take(Scratch* scratch, size_t bytes)
 {
-    const size_t n = static_cast<size_t>(Maze_count(maze));
-    *out = {.count = Maze_count(maze),
-            .nodes = static_cast<FlatNode*>(std::calloc(n + 1, sizeof(FlatNode))),
-            .queue = static_cast<i32*>(std::calloc(n + 1, sizeof(i32))),
-            .stamps = static_cast<u32*>(std::calloc(n + 1, sizeof(u32))),
-            .stamp = 0};
-    for (i32 i = out->count - 1; i >= 0; i--) {
-        const MazeNode* const node = Maze_node(maze, i);
-        out->nodes[i].nedges = node->nedges;
-        std::memcpy(out->nodes[i].edges, node->edges, sizeof node->edges);
+    const size_t size = (bytes + ALIGNMENT - 1) & ~(ALIGNMENT - 1);
+    if (size <= ROOM_SIZE - scratch->used) {
+        u8* const taken = room + scratch->used;
+        scratch->used += size;
+        return taken;
     }
+    u8* const block = static_cast<u8*>(std::malloc(ALIGNMENT + size));
+    std::memcpy(block, &scratch->blocks, sizeof scratch->blocks);
+    scratch->blocks = block;
+    return block + ALIGNMENT;
 }
 
-void FlatGraph_free(FlatGraph* graph)
+void Scratch_free(Scratch* scratch)
 {
-    std::free(graph->nodes);
-    std::free(graph->queue);
-    std::free(graph->stamps);
-    *graph = {};
+    while (scratch->blocks != nullptr) {
+        void* const block = scratch->blocks;
+        std::memcpy(&scratch->blocks, block, sizeof scratch->blocks);
+        std::free(block);
+    }
+    scratch->used = 0;
 }
 
-void FlatGraph_copy(FlatGraph* graph, const FlatGraph* source)
+// The edges of node i whose other end is higher are counted, and the last node that listed each end
+// is kept, so that a second edge between two nodes shows.
+static void readnode(FlatGraph* out, const MazeNode* node, i32 i, i32* lister)
 {
-    std::memcpy(graph->nodes, source->nodes, static_cast<size_t>(source->count) * sizeof(FlatNode));
-}
-
-static bool lists(const FlatNode* node, i32 target)
-{
-    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
-        if (node->edges[i] == target) {
-            return true;
+    out->nedges[i] = static_cast<u8>(node->nedges);
+    std::memcpy(out->edges[i], node->edges, sizeof node->edges);
+    u32 own = 0;
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        const i32 target = node->edges[slot];
+        own |= static_cast<u32>(target == i) << slot;
+        if (target > i) {
+            out->doubled = out->doubled || lister[target] == i;
+            lister[target] = i;
+            out->npairs++;
         }
     }
-    return false;
+    out->keep[i] = static_cast<u8>(own);
+    out->nested = out->nested || node->sub != nullptr;
 }
 
-bool FlatGraph_joined(const FlatGraph* graph, i32 a, i32 b)
+void FlatGraph_init(FlatGraph* out, const Maze* maze, Scratch* scratch)
 {
-    return lists(graph->nodes + a, b);
-}
-
-void FlatGraph_join(FlatGraph* graph, i32 a, i32 b)
-{
-    FlatNode* const first = graph->nodes + a;
-    FlatNode* const second = graph->nodes + b;
-    if (first->nedges >= MAZE_MAXEDGES || second->nedges >= MAZE_MAXEDGES) {
-        return;
+    const i32 n = Maze_count(maze);
+    *out = {.count = n,
+            .npairs = 0,
+            .doubled = false,
+            .nested = false,
+            .nedges = Scratch_array<u8>(scratch, n),
+            .keep = Scratch_array<u8>(scratch, n),
+            .edges = Scratch_array<i32[MAZE_MAXEDGES]>(scratch, n)};
+    i32* const lister = Scratch_array<i32>(scratch, n);
+    std::memset(lister, 0xFF, static_cast<size_t>(n) * sizeof(i32));
+    for (i32 i = n - 1; i >= 0; i--) {
+        readnode(out, Maze_node(maze, i), i, lister);
     }
-    first->edges[first->nedges++] = b;
-    if (second->nedges < MAZE_MAXEDGES) { // a node joined to itself may just have filled up
-        second->edges[second->nedges++] = a;
-    }
 }
 
-static bool dropall(FlatNode* node, i32 target)
+static void listpairs(EdgePair* out, const FlatGraph* graph)
 {
-    const u32 before = node->nedges;
-    for (i32 i = static_cast<i32>(before) - 1; i >= 0; i--) {
-        if (node->edges[i] == target) {
-            node->nedges--;
-            node->edges[i] = node->edges[node->nedges]; // the last edge moves into the hole
-        }
-    }
-    return node->nedges != before;
-}
-
-bool FlatGraph_unjoin(FlatGraph* graph, i32 a, i32 b)
-{
-    const bool had = dropall(graph->nodes + a, b);
-    dropall(graph->nodes + b, a);
-    return had;
-}
-
-void FlatGraph_thin(FlatGraph* graph, f64 keep)
-{
-    for (i32 i = graph->count - 1; i >= 0; i--) {
-        const FlatNode* const node = graph->nodes + i;
-        for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
-            // a slot may be gone, where a doubled edge has been deleted
-            if (slot < static_cast<i32>(node->nedges) && node->edges[slot] > i &&
-                rnd(1.0) >= keep) {
-                FlatGraph_unjoin(graph, i, node->edges[slot]);
+    for (i32 i = 0; i < graph->count; i++) { // the list rises in its first index
+        for (i32 slot = graph->nedges[i] - 1; slot >= 0; slot--) {
+            if (graph->edges[i][slot] > i) {
+                *out++ = {.a = i, .b = graph->edges[i][slot]};
             }
         }
     }
 }
 
-// One end of a search: its stamp, and the part of the queue that it fills, upward or downward.
-struct Front {
-    u32 stamp;
-    i32 step; // 1 or -1
-    i32 head; // the next node to be looked at
-    i32 tail; // the first free place
-};
-
-// Looks at one node of a front. Whether it touches the nodes of the other one.
-static bool advance(FlatGraph* graph, Front* front, u32 other)
+EdgePair* FlatGraph_shuffledpairs(const FlatGraph* graph, Scratch* scratch)
 {
-    const FlatNode* const node = graph->nodes + graph->queue[front->head];
-    front->head += front->step;
-    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
-        const i32 target = node->edges[i];
-        const u32 seen = graph->stamps[target];
-        if (seen == other) {
-            return true;
-        }
-        if (seen != front->stamp) {
-            graph->stamps[target] = front->stamp;
-            graph->queue[front->tail] = target;
-            front->tail += front->step;
-        }
+    EdgePair* const pairs = Scratch_array<EdgePair>(scratch, graph->npairs);
+    listpairs(pairs, graph);
+    u32 state = rnd_state();
+    for (i32 i = graph->npairs - 1; i >= 0; i--) {
+        std::swap(pairs[i], pairs[stream_index(&state, i + 1)]);
     }
-    return false;
+    rnd_skip(2 * static_cast<u32>(graph->npairs));
+    return pairs;
 }
 
-bool FlatGraph_connected(FlatGraph* graph, i32 a, i32 b)
+void FlatGraph_keepall(FlatGraph* graph)
 {
-    if (a == b) {
-        return true;
-    }
-    const i32 end = graph->count - 1;
-    Front first = {.stamp = ++graph->stamp, .step = 1, .head = 0, .tail = 1};
-    Front second = {.stamp = ++graph->stamp, .step = -1, .head = end, .tail = end - 1};
-    graph->stamps[a] = first.stamp;
-    graph->queue[0] = a;
-    graph->stamps[b] = second.stamp;
-    graph->queue[end] = b;
-    while (first.head != first.tail && second.head != second.tail) {
-        if (advance(graph, &first, second.stamp) || advance(graph, &second, first.stamp)) {
-            return true;
-        }
-    }
-    return false;
+    std::memset(graph->keep, 0xFF, static_cast<size_t>(graph->count));
 }
 
-bool FlatGraph_usable(FlatGraph* graph, i32 ports)
+// A maze with submazes is left to Maze_unjoin, in the order of Maze_keepedges.
+static void carvenested(const FlatGraph* graph, Maze* maze)
 {
-    if (ports > graph->count) {
-        return false;
-    }
-    if (ports < 2) {
-        return FlatGraph_connected(graph, 0, graph->count - 1);
-    }
-    for (i32 i = ports - 1; i >= 1; i--) {
-        if (!FlatGraph_connected(graph, 0, i)) {
-            return false;
+    for (i32 i = graph->count - 1; i >= 0; i--) {
+        const MazeNode* const node = Maze_node(maze, i);
+        for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+            if (slot < static_cast<i32>(node->nedges) &&
+                (FlatGraph_slots(graph, i, node->edges[slot]) & graph->keep[i]) == 0) {
+                Maze_unjoin(maze, i, node->edges[slot], true);
+            }
         }
     }
-    return true;
+}
+
+// Takes all edges to `target` out of a node; the bits of `gone` move with the slots.
+static u32 dropedges(MazeNode* node, u32 gone, i32 target)
+{
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        if (node->edges[slot] == target) {
+            node->nedges--;
+            const u32 last = node->nedges;
+            node->edges[slot] = node->edges[last]; // the last edge moves into the hole
+            node->edgerec[slot] = node->edgerec[last];
+            gone = (gone & ~(1U << slot)) | ((gone >> last & 1U) << slot);
+            gone &= ~(1U << last);
+        }
+    }
+    return gone;
+}
+
+static i32 highest(const MazeNode* node, u32 gone)
+{
+    i32 target = -1;
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        if ((gone >> slot & 1U) != 0 && node->edges[slot] > target) {
+            target = node->edges[slot];
+        }
+    }
+    return target;
+}
+
+// What the deletions of Maze_keepedges do to node i, without those to other nodes: edges to higher
+// nodes go when those are looked at, from the highest on, the others when node i is, from its last
+// slot on.
+static void carvenode(MazeNode* node, i32 i, u32 gone)
+{
+    for (;;) {
+        const i32 target = highest(node, gone);
+        if (target <= i) {
+            break;
+        }
+        gone = dropedges(node, gone, target);
+    }
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0 && gone != 0; slot--) {
+        if ((gone >> slot & 1U) != 0) {
+            gone = dropedges(node, gone, node->edges[slot]);
+        }
+    }
+}
+
+void FlatGraph_carve(const FlatGraph* graph, Maze* maze)
+{
+    if (graph->nested) {
+        carvenested(graph, maze);
+        return;
+    }
+    for (i32 i = graph->count - 1; i >= 0; i--) {
+        const u32 gone = ~static_cast<u32>(graph->keep[i]) & ((1U << graph->nedges[i]) - 1);
+        if (gone != 0) {
+            carvenode(Maze_node(maze, i), i, gone);
+        }
+    }
 }

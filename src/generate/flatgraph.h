@@ -1,50 +1,80 @@
-// The bare graph of one level, for carving: neighbours only, an eighth of a maze's size, so that
-// copies, deletions and searches are cheap.
+// The bare graph of one level, for carving: neighbours and marks of the edges that stay. It is a
+// tenth of the maze's size, so that a method works in the nearest caches and touches the records of
+// the maze twice only, to read the graph and to take the edges out.
 //
-// Edges lie in the slots that the same operations on the maze would leave them in, since draws follow
-// the slots. Nodes are trusted to exist.
+// The graph itself never changes: a method marks the slots that stay, and FlatGraph_carve deletes the
+// others from the maze. Nodes are trusted to exist, edges to be symmetric.
 #pragma once
 
 #include "model/maze.h"
 
-struct FlatNode {
-    u32 nedges;
-    i32 edges[MAZE_MAXEDGES]; // neighbours, slots 0 to nedges - 1
+#include <cstddef>
+
+/// Memory of one carving: the first 64 KiB come from one buffer of the process, which serves each
+/// carving in turn, so that small mazes allocate nothing; what doesn't fit there is allocated, and
+/// freed when the carving ends. One at a time.
+struct Scratch {
+    size_t used;  // bytes of the buffer
+    void* blocks; // owned; the allocated blocks, the first bytes of each lead to the next
+};
+
+/// Memory for `bytes` bytes, aligned for any of the basic types, not cleared. Lent until
+/// Scratch_free.
+void* Scratch_take(Scratch* scratch, size_t bytes);
+
+/// The same for `n` elements of one type.
+template <typename T> T* Scratch_array(Scratch* scratch, i32 n)
+{
+    return static_cast<T*>(Scratch_take(scratch, static_cast<size_t>(n) * sizeof(T)));
+}
+
+/// Ends the carving: frees what was allocated. The record is ready for the next one.
+void Scratch_free(Scratch* scratch);
+
+struct EdgePair {
+    i32 a; // below b in a list of edges
+    i32 b;
 };
 
 struct FlatGraph {
-    i32 count;
-    FlatNode* nodes; // owned
-    i32* queue; // owned; the nodes of a search: of one end from the front, of the other from behind
-    u32* stamps; // owned; the search and the end that last met each node
-    u32 stamp;   // of the latest search
+    i32 count;                   // nodes
+    i32 npairs;                  // edges as Maze_edgelist lists them, each entry of a doubled one
+    bool doubled;                // two nodes are joined more than once
+    bool nested;                 // a node holds a submaze
+    u8* nedges;                  // of each node
+    u8* keep;                    // bit i: the edge in slot i stays
+    i32 (*edges)[MAZE_MAXEDGES]; // neighbours, slots 0 to nedges - 1
 };
 
-/// The graph of a maze, without what its submazes hold. `out` is overwritten unread.
-void FlatGraph_init(FlatGraph* out, const Maze* maze);
+/// The graph of a maze. Nothing is marked to stay but the edges from a node to itself, which no
+/// method takes out. `out` is overwritten unread; its arrays are lent by `scratch`.
+void FlatGraph_init(FlatGraph* out, const Maze* maze, Scratch* scratch);
 
-/// Frees what the graph owns.
-void FlatGraph_free(FlatGraph* graph);
+/// The edge list of the graph, as Maze_edgelist has it, in random order by Fisher and Yates: two draws
+/// for each pair, and for the last of them too.
+EdgePair* FlatGraph_shuffledpairs(const FlatGraph* graph, Scratch* scratch);
 
-/// Makes `graph` equal to another of the same number of nodes.
-void FlatGraph_copy(FlatGraph* graph, const FlatGraph* source);
+/// Bit i for each slot i of `a` that leads to `b`.
+inline u32 FlatGraph_slots(const FlatGraph* graph, i32 a, i32 b)
+{
+    const i32* const edges = graph->edges[a];
+    u32 bits = 0;
+    for (i32 i = MAZE_MAXEDGES - 1; i >= 0; i--) { // all slots, used or not, take no branches
+        bits |= static_cast<u32>(edges[i] == b) << i;
+    }
+    return bits & ((1U << graph->nedges[a]) - 1);
+}
 
-/// Whether `a` lists `b`.
-bool FlatGraph_joined(const FlatGraph* graph, i32 a, i32 b);
+/// Marks all edges between two nodes to stay.
+inline void FlatGraph_keep(FlatGraph* graph, i32 a, i32 b)
+{
+    graph->keep[a] = static_cast<u8>(graph->keep[a] | FlatGraph_slots(graph, a, b));
+    graph->keep[b] = static_cast<u8>(graph->keep[b] | FlatGraph_slots(graph, b, a));
+}
 
-/// As Maze_join.
-void FlatGraph_join(FlatGraph* graph, i32 a, i32 b);
+/// Marks all edges to stay.
+void FlatGraph_keepall(FlatGraph* graph);
 
-/// As Maze_unjoin. Whether `a` had listed `b`.
-bool FlatGraph_unjoin(FlatGraph* graph, i32 a, i32 b);
-
-/// As Maze_thinedges, with the same draws.
-void FlatGraph_thin(FlatGraph* graph, f64 keep);
-
-/// Whether there is a way between two nodes; a node has a way to itself. Searches from both ends, a
-/// node at a time, so it costs about twice the smaller side where there is none.
-bool FlatGraph_connected(FlatGraph* graph, i32 a, i32 b);
-
-/// Whether the graph is usable as a level with that many ports: Maze_isconnected. Trusts that there
-/// is a node.
-bool FlatGraph_usable(FlatGraph* graph, i32 ports);
+/// Deletes the edges that aren't marked from the maze that the graph was made of, which has not
+/// changed since. Leaves slots, visit records and ports of submazes as Maze_keepedges does.
+void FlatGraph_carve(const FlatGraph* graph, Maze* maze);

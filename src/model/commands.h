@@ -15,11 +15,11 @@ void newgame(MazeGame* game, i32 kind);
 
 /// Which keys reshape the current maze in a frame.
 struct ReshapeKeys {
-    bool simplify; // R held
-    bool relax;    // E held
-    bool contract; // K pressed
-    bool shift;
-    bool ctrl;
+    bool simplify = false; // R held
+    bool relax = false;    // E held
+    bool contract = false; // K pressed
+    bool shift = false;
+    bool ctrl = false;
 };
 
 /// Growth factor of the simplify key: 1 while R is up, larger the longer it is held.

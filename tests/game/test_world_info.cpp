@@ -2,7 +2,6 @@
 #include "base/rnd.h"
 #include "tests/worldtool.h"
 
-#include <regex>
 #include <set>
 
 // Runs a command that must not fail on a file "world" in a folder of its own.
@@ -264,10 +263,25 @@ TEST(corvane_world_digest, is_the_same_after_a_walk)
     EXPECT_EQ(told_by("digest", saved(&held.game)), before);
 }
 
-// A dump without the places in memory that it names.
+// The length of a place in memory as it is printed, 0 if `text` doesn't begin with one.
+static size_t placelength(const char* text)
+{
+    if (std::strncmp(text, "(nil)", 5) == 0) {
+        return 5;
+    }
+    return std::strncmp(text, "0x", 2) == 0 ? std::strspn(text, "x0123456789abcdef") : 0;
+}
+
+// A dump without the places that it names.
 static std::string without_places(const std::string& dump)
 {
-    return std::regex_replace(dump, std::regex("0x[0-9a-f]+|\\(nil\\)"), "PLACE");
+    std::string result;
+    for (size_t at = 0; at < dump.size();) {
+        const size_t place = placelength(dump.c_str() + at);
+        result += place > 0 ? "PLACE" : dump.substr(at, 1);
+        at += std::max<size_t>(place, 1);
+    }
+    return result;
 }
 
 TEST(corvane_world_dump, writes_the_dump_of_all_levels)

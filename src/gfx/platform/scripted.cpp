@@ -27,7 +27,7 @@ static f64 now;
 static i32 frame;      // pumps begun
 static u32 nextaction; // index in script
 static bool pumping;   // nextevent has not answered false yet
-static bool inframe;   // a pump has begun in this window
+static bool inframe;   // between a pump and the swap
 static i32 readings;   // of the clock in this frame
 static bool opened;    // the opening pointer event has been delivered
 
@@ -586,6 +586,7 @@ static f64 seconds()
 static void swap()
 {
     scripted_counts.swaps++;
+    inframe = false;
     if (atswap != nullptr) {
         atswap(frame);
     }

@@ -2,10 +2,9 @@
 // a list of timed input, and claims any set of displays; for tests, tools and benchmarks.
 //
 // Frames count from 1. Input for frame F is delivered in the pump before it, so the pump of the
-// start-up delivers frame 1. The clock begins at 0 and advances by a fixed step in each pump. A frame
-// reads it once, for its length; each further reading in the frame finds it 1 ms later, so that
-// deadlines pass, until the next pump puts it back on its steps. It stands still before the first pump
-// in a window.
+// start-up delivers frame 1. The clock begins at 0 and advances by a fixed step in each pump. Between
+// a pump and the swap each reading after the first finds it 1 ms later, so that deadlines pass in a
+// frame; the swap puts it back on its step, where it stands still.
 //
 // A window can be opened again after it was closed; script, clock and frame number go on then. All
 // contexts of a process share their objects, so a program or list made in an earlier window is still
