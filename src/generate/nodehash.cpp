@@ -69,6 +69,15 @@ void NodeHash_free(NodeHash* hash)
     std::free(hash);
 }
 
+static const f64 reach = 0.95; // no search goes further, and a bit for rounding
+
+// Whether the cells that lie `step` cells from that of a coordinate hold nothing within reach.
+static bool outofreach(f64 c, i32 step)
+{
+    const f64 low = std::floor(c) + step;
+    return low > c + reach || low + 1.0 < c - reach;
+}
+
 struct Nearest {
     f64 distance2;
     i32 node;
@@ -92,14 +101,16 @@ i32 NodeHash_nearest(const NodeHash* hash, const f64 p[3], f64 limit2)
 {
     // node -1 at the limit: whatever stands there goes before it
     Nearest best = {.distance2 = limit2, .node = -1};
-    for (i32 dx = 1; dx >= -1; dx--) {
-        for (i32 dy = 1; dy >= -1; dy--) {
-            for (i32 dz = 1; dz >= -1; dz--) {
-                f64 cell[3];
-                cellat(cell, p, dx, dy, dz);
-                searchcell(hash, cell, p, &best);
-            }
+    for (i32 i = 26; i >= 0; i--) { // three steps on each axis
+        const i32 dx = i / 9 - 1;
+        const i32 dy = i / 3 % 3 - 1;
+        const i32 dz = i % 3 - 1;
+        if (outofreach(p[0], dx) || outofreach(p[1], dy) || outofreach(p[2], dz)) {
+            continue;
         }
+        f64 cell[3];
+        cellat(cell, p, dx, dy, dz);
+        searchcell(hash, cell, p, &best);
     }
     return best.node;
 }
