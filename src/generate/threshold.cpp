@@ -199,15 +199,37 @@ static bool cutoff(const Search* search, const Threshold* t, i32 terminal)
     return true;
 }
 
+// Whether a terminal loses all its edges, which ends most attempts before a search. All terminals are
+// looked at, since a branch for each would cost more.
+static bool isolated(const Threshold* t, u32 state, u32 limit)
+{
+    bool any = false;
+    for (i32 i = t->nterminals - 1; i >= 0; i--) {
+        const i32 node = t->terminals[i];
+        const Slot* const end = t->slots + t->first[node + 1];
+        u32 least = DRAWBITS;
+        for (const Slot* slot = t->slots + t->first[node]; slot < end; slot++) { // in any order
+            const u32 bits = (slot->factor * state + slot->step) & DRAWBITS;
+            least = bits < least ? bits : least;
+        }
+        any |= least >= limit;
+    }
+    return any;
+}
+
 // Whether the terminals hang together in the thinning that begins at `state`, or that `slots` tell.
 static bool usable(Threshold* t, u32 state, f64 keep)
 {
     if (t->nterminals < 2) {
         return false;
     }
+    const u32 limit = static_cast<u32>(keep * 0x1p31);
+    if (isolated(t, state, limit)) {
+        return false;
+    }
     Search search;
     search.state = state;
-    search.limit = static_cast<u32>(keep * 0x1p31);
+    search.limit = limit;
     startsearch(&search, t);
     while (search.parts > 1) {
         for (i32 i = t->nterminals - 1; i >= 0 && search.parts > 1; i--) {
