@@ -71,22 +71,32 @@ void Maze_setcolourdeep(Maze* maze, u32 colour, bool recursive)
     }
 }
 
+// Colours the edges of node i to lower nodes, in both directions, which have one colour.
+static void paintedges(Maze* maze, i32 i)
+{
+    MazeNode* const node = Maze_node(maze, i);
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        const i32 target = node->edges[slot];
+        if (target <= i) {
+            MazeNode* const end = Maze_node(maze, target);
+            node->edgerec[slot].colour = edgecolour(node, end);
+            colourslots(end, i, node->edgerec[slot].colour);
+        }
+    }
+}
+
 void Maze_paintbyplace(Maze* maze)
 {
     for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
         MazeNode* const node = Maze_node(maze, i);
         node->rec.colour = place_colour(node->pos);
-        for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
-            const i32 target = node->edges[slot];
-            if (target <= i) { // both directions have one colour
-                MazeNode* const end = Maze_node(maze, target);
-                node->edgerec[slot].colour = edgecolour(node, end);
-                colourslots(end, i, node->edgerec[slot].colour);
-            }
-        }
         if (node->sub != nullptr) {
             Maze_paintbyplace(node->sub);
         }
+    }
+    // the nodes were read in a row, and are at hand now in whatever order the edges want them
+    for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
+        paintedges(maze, i);
     }
 }
 
