@@ -113,7 +113,7 @@ static int takeoption(MakeOptions* options, char** words, int count)
         if (std::strcmp(words[0], option.name) != 0) {
             continue;
         }
-        if (count < 2) {
+        if (count < 2 || std::strncmp(words[1], "--", 2) == 0) { // the value was forgotten
             bad("%s needs a value", words[0]);
             return 0;
         }

@@ -53,29 +53,6 @@ Maze* grid_red(i32 i)
     return maze;
 }
 
-// Welds a face, handed over and moved by `v`, to a box, handed over. Returns the larger box.
-static Maze* addface(Maze* box, Maze* face, f64 x, f64 y, f64 z)
-{
-    const f64 v[3] = {x, y, z};
-    Maze_translate(face, v, true);
-    Maze* const result = Maze_welded(box, face);
-    Maze_free(box, true);
-    Maze_free(face, true);
-    return result;
-}
-
-Maze* box_maze(i32 a, i32 b, i32 c)
-{
-    Maze* box = Maze_new();
-    box = addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, 0);
-    box = addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, c);
-    box = addface(box, grid_maze(a + 1, 1, c + 1), 0, 0, 0);
-    box = addface(box, grid_maze(a + 1, 1, c + 1), 0, b, 0);
-    box = addface(box, grid_maze(1, b + 1, c + 1), 0, 0, 0);
-    box = addface(box, grid_maze(1, b + 1, c + 1), a, 0, 0);
-    return box;
-}
-
 static void colourslots(MazeNode* node, i32 target, u32 colour)
 {
     for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
@@ -132,28 +109,27 @@ static void moveedges(Maze* maze, i32 i, const i32* map, i32 na)
     }
 }
 
-// For each node of `a` the number, in the merged maze, of the node of `b` that replaces it, or -1.
-static i32* newmap(const Maze* a, const Maze* b)
+// For each of the first `na` nodes of the merged maze, which were those before `b` came, the number of
+// the node of `b` that replaces it, or -1.
+static i32* newmap(const Maze* maze, i32 na, const Maze* b)
 {
-    const i32 na = Maze_count(a);
     i32* const map = static_cast<i32*>(std::calloc(static_cast<size_t>(na), sizeof(i32)));
     NodeHash* const hash = NodeHash_new(b);
     for (i32 i = na - 1; i >= 0; i--) {
-        const i32 found = NodeHash_nearest(hash, Maze_node(a, i)->pos, weldlimit2);
+        const i32 found = NodeHash_nearest(hash, Maze_node(maze, i)->pos, weldlimit2);
         map[i] = found >= 0 ? found + na : -1;
     }
     NodeHash_free(hash);
     return map;
 }
 
-Maze* Maze_welded(const Maze* a, const Maze* b)
+// Makes one graph of the first `na` nodes of a maze and those behind them, which are those of `b`.
+static void weld(Maze* maze, i32 na, const Maze* b)
 {
-    Maze* const maze = Maze_merged(a, b);
-    const i32 na = Maze_count(a);
     if (na == 0) {
-        return maze;
+        return;
     }
-    i32* const map = newmap(a, b);
+    i32* const map = newmap(maze, na, b);
     // forward, as room for edges goes to the lowest numbers first
     for (i32 i = 0; i < na; i++) {
         if (map[i] < 0) {
@@ -166,5 +142,32 @@ Maze* Maze_welded(const Maze* a, const Maze* b)
         }
     }
     std::free(map);
+}
+
+Maze* Maze_welded(const Maze* a, const Maze* b)
+{
+    Maze* const maze = Maze_merged(a, b);
+    weld(maze, Maze_count(a), b);
     return maze;
+}
+
+// Moves a face, handed over, and welds it to a box.
+static void addface(Maze* box, Maze* face, f64 x, f64 y, f64 z)
+{
+    const f64 v[3] = {x, y, z};
+    Maze_translate(face, v, true);
+    weld(box, Maze_append(box, face), face);
+    Maze_free(face, true);
+}
+
+Maze* box_maze(i32 a, i32 b, i32 c)
+{
+    Maze* const box = Maze_new();
+    addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, 0);
+    addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, c);
+    addface(box, grid_maze(a + 1, 1, c + 1), 0, 0, 0);
+    addface(box, grid_maze(a + 1, 1, c + 1), 0, b, 0);
+    addface(box, grid_maze(1, b + 1, c + 1), 0, 0, 0);
+    addface(box, grid_maze(1, b + 1, c + 1), a, 0, 0);
+    return box;
 }

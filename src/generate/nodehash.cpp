@@ -11,7 +11,11 @@ struct NodeHash {
     u32 mask;   // number of buckets less 1
     i32* heads; // of each bucket, -1 for an empty one
     i32* nexts; // of each node, -1 at the end of a chain
+    f64 low[3]; // the box of all nodes, with room for what lies in reach of one
+    f64 high[3];
 };
+
+static constexpr f64 reach = 0.95; // of a search: its square is above any limit
 
 // A cell is the whole-number coordinates of its low corner, as f64 since they may be of any size.
 static u32 bucket(const NodeHash* hash, const f64 cell[3])
@@ -42,6 +46,21 @@ static i32* newnumbers(u32 n)
     return numbers;
 }
 
+// Puts a node into the chain of its cell and widens the box.
+static void sortin(NodeHash* hash, i32 i)
+{
+    const f64* const p = Maze_node(hash->maze, i)->pos;
+    f64 cell[3];
+    cellat(cell, p, 0, 0, 0);
+    i32* const head = hash->heads + bucket(hash, cell);
+    hash->nexts[i] = *head;
+    *head = i;
+    for (i32 k = 2; k >= 0; k--) {
+        hash->low[k] = p[k] - reach < hash->low[k] ? p[k] - reach : hash->low[k];
+        hash->high[k] = p[k] + reach > hash->high[k] ? p[k] + reach : hash->high[k];
+    }
+}
+
 NodeHash* NodeHash_new(const Maze* maze)
 {
     const u32 n = maze->nodes.count;
@@ -50,14 +69,14 @@ NodeHash* NodeHash_new(const Maze* maze)
         buckets *= 2;
     }
     NodeHash* const hash = static_cast<NodeHash*>(std::malloc(sizeof(NodeHash)));
-    *hash = {
-        .maze = maze, .mask = buckets - 1, .heads = newnumbers(buckets), .nexts = newnumbers(n)};
+    *hash = {.maze = maze,
+             .mask = buckets - 1,
+             .heads = newnumbers(buckets),
+             .nexts = newnumbers(n),
+             .low = {HUGE_VAL, HUGE_VAL, HUGE_VAL},
+             .high = {-HUGE_VAL, -HUGE_VAL, -HUGE_VAL}};
     for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
-        f64 cell[3];
-        cellat(cell, Maze_node(maze, i)->pos, 0, 0, 0);
-        i32* const head = hash->heads + bucket(hash, cell);
-        hash->nexts[i] = *head;
-        *head = i;
+        sortin(hash, i);
     }
     return hash;
 }
@@ -67,15 +86,6 @@ void NodeHash_free(NodeHash* hash)
     std::free(hash->heads);
     std::free(hash->nexts);
     std::free(hash);
-}
-
-static const f64 reach = 0.95; // no search goes further, and a bit for rounding
-
-// Whether the cells that lie `step` cells from that of a coordinate hold nothing within reach.
-static bool outofreach(f64 c, i32 step)
-{
-    const f64 low = std::floor(c) + step;
-    return low > c + reach || low + 1.0 < c - reach;
 }
 
 struct Nearest {
@@ -97,20 +107,40 @@ static void searchcell(const NodeHash* hash, const f64 cell[3], const f64 p[3], 
     }
 }
 
+static bool outside(const NodeHash* hash, const f64 p[3])
+{
+    return p[0] < hash->low[0] || p[0] > hash->high[0] || p[1] < hash->low[1] ||
+           p[1] > hash->high[1] || p[2] < hash->low[2] || p[2] > hash->high[2];
+}
+
+// The first and the last step from the cell of a coordinate to one in reach.
+static void steps(f64 c, i32* first, i32* last)
+{
+    const f64 in = c - std::floor(c);
+    *first = in > reach ? 0 : -1;
+    *last = 1.0 - in > reach ? 0 : 1;
+}
+
 i32 NodeHash_nearest(const NodeHash* hash, const f64 p[3], f64 limit2)
 {
+    if (outside(hash, p)) {
+        return -1;
+    }
+    i32 first[3];
+    i32 last[3];
+    for (i32 k = 2; k >= 0; k--) {
+        steps(p[k], first + k, last + k);
+    }
     // node -1 at the limit: whatever stands there goes before it
     Nearest best = {.distance2 = limit2, .node = -1};
-    for (i32 i = 26; i >= 0; i--) { // three steps on each axis
-        const i32 dx = i / 9 - 1;
-        const i32 dy = i / 3 % 3 - 1;
-        const i32 dz = i % 3 - 1;
-        if (outofreach(p[0], dx) || outofreach(p[1], dy) || outofreach(p[2], dz)) {
-            continue;
+    for (i32 dx = last[0]; dx >= first[0]; dx--) {
+        for (i32 dy = last[1]; dy >= first[1]; dy--) {
+            for (i32 dz = last[2]; dz >= first[2]; dz--) {
+                f64 cell[3];
+                cellat(cell, p, dx, dy, dz);
+                searchcell(hash, cell, p, &best);
+            }
         }
-        f64 cell[3];
-        cellat(cell, p, dx, dy, dz);
-        searchcell(hash, cell, p, &best);
     }
     return best.node;
 }

@@ -155,6 +155,7 @@ TEST(corvane_world_make, refuses_bad_options_in_one_line)
         {"--seed 1 --mode 0", "make needs --out, --digest or both (--help tells more)"},
         {"--seed", "--seed needs a value"},
         {"--mode 0 --digest --seed 1 --out", "--out needs a value"},
+        {"--mode 0 --seed 1 --out --digest", "--out needs a value"},
         {"--mode 0 --seed 1 --out ''", "--out takes the name of a file"},
         {"--mode 0 --seed 1 --digest --kind", "--kind needs a value"},
         {"--seed 1 --mode 3 --digest", "--mode takes 0, 1 or 2, not '3'"},

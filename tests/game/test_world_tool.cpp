@@ -60,6 +60,7 @@ TEST(corvane_world, refuses_bad_arguments_in_one_line)
                "what to do? make, check, info, digest or dump (--help tells more)");
     expect_bad(world_in(folder, "fly"), "unknown command fly (--help lists them)");
     expect_bad(world_in(folder, "fly --seed 1"), "unknown command fly (--help lists them)");
+    expect_bad(world_in(folder, "'fly\nhigh'"), "unknown command fly?high (--help lists them)");
     for (const std::string command : {"check", "info", "digest"}) {
         const std::string said = command + " takes one file (--help tells more)";
         expect_bad(world_in(folder, command), said);
@@ -121,6 +122,7 @@ TEST(corvane_world, refuses_what_is_no_file)
         expect_bad(world_in(folder, command + " absent" + out), "absent: there is no such file");
         expect_bad(world_in(folder, command + " folder" + out),
                    "folder: Could not read folder: Is a directory");
+        expect_bad(world_in(folder, command + " ''" + out), "the name of the file is empty");
     }
     EXPECT_EQ(folder.names(), std::vector<std::string>{"folder"});
 }

@@ -93,6 +93,32 @@ TEST(NodeHash_nearest, finds_it_across_the_borders_of_cells)
     EXPECT_EQ(nearest(maze.get(), {-0.4, -0.4, -0.4}), 0);
 }
 
+TEST(NodeHash_nearest, reaches_as_far_as_the_largest_limit_on_all_sides)
+{
+    std::mt19937 random(2);
+    std::uniform_real_distribution<f64> any(-1.0, 1.0);
+    const World maze(make_nodes(1));
+    i32 hits = 0;
+    for (i32 round = 0; round < 20000; round++) {
+        f64* const at = Maze_node(maze.get(), 0)->pos;
+        for (i32 k = 0; k < 3; k++) {
+            at[k] = any(random);
+        }
+        const f64 p[3] = {at[0] + any(random), at[1] + any(random), at[2] + any(random)};
+        const i32 found = nearest(maze.get(), {p[0], p[1], p[2]}, 0.9);
+        EXPECT_EQ(found, plain_nearest(maze.get(), p, 0.9)) << "round " << round;
+        hits += found >= 0 ? 1 : 0;
+    }
+    EXPECT_GT(hits, 5000);
+    EXPECT_LT(hits, 15000);
+}
+
+TEST(NodeHash_nearest, finds_nothing_among_no_nodes)
+{
+    const World maze(Maze_new());
+    EXPECT_EQ(nearest(maze.get(), {0, 0, 0}), -1);
+}
+
 TEST(NodeHash_nearest, takes_a_node_at_the_limit_and_none_beyond)
 {
     const World maze(make_nodes(1));
