@@ -4,6 +4,7 @@
 #include <climits>
 #include <csignal>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -487,14 +488,15 @@ bool wholefile_end(WholeFile* file)
 }
 
 // Reads on from `handle` into a buffer that grows, since the size that a file claims need not be
-// true. Gives 0 or the number of the error.
-static int readall(int handle, size_t expected, u8** bytes, size_t* size)
+// true. Gives 0 or the number of the error, EFBIG for more than `most` bytes.
+static int readall(int handle, size_t expected, size_t most, u8** bytes, size_t* size)
 {
     size_t capacity = expected + 2; // the byte behind, and one for seeing the end
-    u8* buf = static_cast<u8*>(std::malloc(capacity));
+    u8* buf = expected <= most ? static_cast<u8*>(std::malloc(capacity)) : nullptr;
     size_t used = 0;
-    ssize_t n = buf != nullptr ? 1 : 0;
     int error = buf != nullptr ? 0 : ENOMEM;
+    error = expected <= most ? error : EFBIG;
+    ssize_t n = 1;
     while (n != 0 && error == 0) {
         n = read(handle, buf + used, capacity - 1 - used);
         if (n < 0) {
@@ -502,7 +504,9 @@ static int readall(int handle, size_t expected, u8** bytes, size_t* size)
             continue;
         }
         used += static_cast<size_t>(n);
-        if (used == capacity - 1) {
+        if (used > most) {
+            error = EFBIG;
+        } else if (used == capacity - 1) {
             capacity *= 2;
             u8* const larger = static_cast<u8*>(std::realloc(buf, capacity));
             error = larger != nullptr ? 0 : ENOMEM;
@@ -535,7 +539,7 @@ static WholeFileRead unreadable(const char* path, const char* reason, char* why)
     return WHOLEFILE_UNREADABLE;
 }
 
-WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why)
+WholeFileRead wholefile_readmost(const char* path, size_t most, u8** bytes, size_t* size, char* why)
 {
     *bytes = nullptr;
     *size = 0;
@@ -551,13 +555,18 @@ WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* w
     int error = fstat(handle, &now) == 0 ? 0 : errno;
     const bool ordinary = error != 0 || S_ISREG(now.st_mode) || S_ISDIR(now.st_mode);
     if (error == 0 && ordinary) { // of a folder the first read fails
-        error = readall(handle, static_cast<size_t>(now.st_size), bytes, size);
+        error = readall(handle, static_cast<size_t>(now.st_size), most, bytes, size);
     }
     close(handle);
     if (error != 0 || !ordinary) {
         return unreadable(path, ordinary ? std::strerror(error) : special, why);
     }
     return WHOLEFILE_READ;
+}
+
+WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why)
+{
+    return wholefile_readmost(path, SIZE_MAX, bytes, size, why);
 }
 
 bool wholefile_setaside(const char* path, char* newname, char* why)

@@ -58,6 +58,10 @@ enum WholeFileRead { WHOLEFILE_READ, WHOLEFILE_MISSING, WHOLEFILE_UNREADABLE };
 /// what happened.
 WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why);
 
+/// The same, but a file of more than `most` bytes can't be read. Takes memory for twice `most` at most.
+WholeFileRead wholefile_readmost(const char* path, size_t most, u8** bytes, size_t* size,
+                                 char* why);
+
 /// Renames a file out of the way: to path.bad, or path.bad-2 and so on if that exists. `newname`
 /// (WHOLEFILE_PATH chars) receives the name. False if the file could not be renamed, with `why` as
 /// above; the file is then where it was.

@@ -170,15 +170,21 @@ static void startgame(Driver* driver)
 }
 
 // Tries once more to get a refused save out of the way, since the user may have made room for it, or
-// moved it. False if it stays, and `why` (WHOLEFILE_WHY chars) tells the reason.
+// moved it. False if a file stays there, and `why` (SAVE_WHY chars) tells the reason.
 static bool clearway(char* why)
 {
     u8* bytes;
     size_t size;
-    if (wholefile_read(save_path, &bytes, &size, why) == WHOLEFILE_MISSING) {
+    const WholeFileRead read = wholefile_read(save_path, &bytes, &size, why);
+    if (read == WHOLEFILE_MISSING) {
         return true;
     }
+    const bool usable = read == WHOLEFILE_READ && savefile_check(bytes, size, why) == SAVE_SOUND;
     std::free(bytes);
+    if (usable) {
+        std::snprintf(why, SAVE_WHY, "Another saved game has been put there");
+        return false;
+    }
     char newname[WHOLEFILE_PATH];
     if (!wholefile_setaside(save_path, newname, why)) {
         return false;
@@ -204,7 +210,9 @@ static bool savebeside(const Driver* driver)
     return why[0] == 0;
 }
 
-static bool savegame(const Driver* driver)
+// Saves the game at its place, or beside where that can't be. True if it is safe on the disk; what else
+// there is to say has been told, and with `aloud` also that all went well.
+static bool savegame(const Driver* driver, bool aloud)
 {
     if (driver->second_copy) {
         return savebeside(driver);
@@ -212,7 +220,11 @@ static bool savegame(const Driver* driver)
     char why[SAVE_WHY];
     const bool saved =
         (!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why);
-    return tellsaved(saved, "The game is", "in maze_save.dat", why);
+    const bool safe = tellsaved(saved, "The game is", "in maze_save.dat", why);
+    if (safe && aloud) {
+        report_notice("Corvane", 0, "The game is saved in maze_save.dat.");
+    }
+    return saved ? safe : savebeside(driver);
 }
 
 static void storestereo(Driver* driver)
@@ -236,8 +248,8 @@ static void savelast(bool whole)
     if (!game_done && !whole) {
         tellsaved(false, "The game is", "in maze_save.dat",
                   "The end came while the world was being changed");
-    } else if (!game_done && savegame(playing) && !playing->second_copy) {
-        report_notice("Corvane", 0, "The game is saved in maze_save.dat.");
+    } else if (!game_done) {
+        savegame(playing, true);
     }
     storestereo(playing);
     savesettings(&playing->config);
@@ -467,12 +479,12 @@ bool driver_frame(Driver* driver)
 int driver_stop(Driver* driver)
 {
     lastsave_hold();
-    const bool gamesaved = savegame(driver);
+    const bool gamesaved = savegame(driver, false);
     game_done = true;
     lastsave_release();
     MazeGame_free(&driver->game); // display lists can only be deleted while the window is open
-    storestereo(driver);
     lastsave_hold();
+    storestereo(driver);
     const bool settingssaved = savesettings(&driver->config);
     lastsave_end();
     lastsave_release();

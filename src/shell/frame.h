@@ -49,9 +49,10 @@ bool driver_frame(Driver* driver);
 /// Touches no GL function if the window was closed. If a library ends the process before this has
 /// been called, as at the loss of the display, game and settings are saved all the same. A refused
 /// save that could not be renamed at the start is not written over, unless it is out of the way by
-/// now or can be renamed now. A second copy saves in a new file with a number, even if the first has
-/// ended, and tells which. Returns the exit code of the process: 1 if a file could not be written
-/// (which has then been told), else 0.
+/// now or can be renamed now. Where the game can't be saved at its place it is saved in a new file
+/// with a number, and so it is by a second copy, even if the first has ended; which file is told.
+/// Returns the exit code of the process: 1 if the game or the settings could not be written, or may
+/// not be safe on the disk (which has then been told), else 0.
 int driver_stop(Driver* driver);
 
 /// The whole run: start, frames, exit. Returns the exit code, 0 if there was no size for a window. With

@@ -5,7 +5,8 @@
 // leaves the save of the run before. A fatal report calls exit too, and by intent nothing is saved then.
 //
 // A graphics driver's thread may be the one that calls exit, while the game is being changed. So each
-// change is framed by hold and release, and the save waits for the release.
+// change is framed by hold and release, and the save waits for the release. If the main thread calls exit
+// as well meanwhile, that waits for the end of the save.
 #pragma once
 
 /// From now on `save` is called once when the process exits, unless a fatal report ends it. It must
@@ -17,6 +18,7 @@ void lastsave_begin(void (*save)(bool whole));
 void lastsave_end();
 
 /// Frames a change of what `save` reads; may be nested. Between them stands no call that waits for the
-/// display. After an exit on another thread hold does not return.
+/// display, save the deletion of display lists: a driver that lets it wait for its thread while that one
+/// calls exit delays the end by the minute. After an exit on another thread hold does not return.
 void lastsave_hold();
 void lastsave_release();

@@ -716,6 +716,33 @@ TEST(wholefile_read, does_not_count_on_the_size_that_a_file_claims)
     EXPECT_NE(run.text.find("VmPeak"), std::string::npos);
 }
 
+TEST(wholefile_readmost, reads_a_file_of_the_most_bytes_and_no_larger_one)
+{
+    const TempFolder folder;
+    write_text(folder.file("data"), long_text(1000));
+    u8* bytes;
+    size_t size;
+    char why[WHOLEFILE_WHY];
+    const std::string path = folder.file("data");
+    ASSERT_EQ(wholefile_readmost(path.c_str(), 1000, &bytes, &size, why), WHOLEFILE_READ);
+    EXPECT_EQ(size, 1000U);
+    std::free(bytes);
+    EXPECT_EQ(wholefile_readmost(path.c_str(), 999, &bytes, &size, why), WHOLEFILE_UNREADABLE);
+    EXPECT_EQ(bytes, nullptr);
+    EXPECT_EQ(why, "Could not read " + path + ": File too large");
+}
+
+TEST(wholefile_readmost, does_not_count_on_the_size_that_a_file_claims)
+{
+    u8* bytes;
+    size_t size;
+    char why[WHOLEFILE_WHY];
+    EXPECT_EQ(
+        wholefile_readmost("/proc/self/status", 100, &bytes, &size, why), // claims to be empty
+        WHOLEFILE_UNREADABLE);
+    EXPECT_EQ(bytes, nullptr);
+}
+
 TEST(wholefile_read, goes_on_after_interruptions_and_short_reads)
 {
     const TempFolder folder;

@@ -680,6 +680,59 @@ TEST(a_library_that_calls_exit, on_a_thread_of_its_own_waits_until_the_world_is_
     expect_sound(shared.folder);
 }
 
+TEST(a_library_that_calls_exit, in_the_middle_of_the_end_leaves_both_files_saved)
+{
+    const SharedFolder shared;
+    const Left before = left_in(shared.folder);
+    EXPECT_EXIT(play_and([](Session* session) {
+                    session->driver.stereo_swap = 1;
+                    Maze_attach(
+                        session->driver.game.root, "ends", nullptr,
+                        [](void*, Maze*) { std::exit(7); }, 0);
+                    session->stop();
+                }),
+                testing::ExitedWithCode(7), "");
+    EXPECT_GT(left_in(shared.folder).time, before.time);
+    EXPECT_EQ(setting(shared.folder, "Swap stereo"), "Y");
+    EXPECT_FALSE(shared.told("The game is"));
+    EXPECT_EQ(shared.folder.listing(), "config.txt maze_save.dat warnings.log");
+}
+
+TEST(a_library_that_calls_exit, on_two_threads_at_once_does_not_cut_off_the_save)
+{
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    const auto both = [] {
+        lastsave_begin([](bool whole) {
+            wait_for(0.5);
+            std::fputs(whole ? "the save has ended" : "no save", stderr);
+        });
+        std::thread([] { std::exit(7); }).detach();
+        wait_for(0.2);
+        std::exit(8);
+    };
+    const auto either = [](int status) {
+        return WIFEXITED(status) && (WEXITSTATUS(status) == 7 || WEXITSTATUS(status) == 8);
+    };
+    EXPECT_EXIT(both(), either, "the save has ended");
+}
+
+TEST(a_fatal_report, while_another_thread_saves_does_not_wait)
+{
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    const auto begin = std::chrono::steady_clock::now();
+    const auto both = [] {
+        report_fatal_wait = 0;
+        lastsave_begin([](bool) { std::fputs("it has been saved", stderr); });
+        lastsave_hold(); // in the midst of a change
+        std::thread([] { std::exit(7); }).detach();
+        wait_for(0.2);
+        report_inner("ends", 0, REPORT_FATAL, "for a test", 0);
+    };
+    EXPECT_EXIT(both(), testing::ExitedWithCode(1), "for a test\n$");
+    const std::chrono::duration<double> lasted = std::chrono::steady_clock::now() - begin;
+    EXPECT_LT(lasted.count(), 30);
+}
+
 TEST(a_fatal_report, ends_the_process_without_saving)
 {
     const SharedFolder shared;

@@ -1,4 +1,5 @@
-// Starts of the program with saves that are made to do harm.
+// Starts of the program with saves and settings that are made to do harm.
+#include "shell/config.h"
 #include "tests/childpeak.h"
 #include "tests/shell_run.h"
 
@@ -79,4 +80,56 @@ TEST(hostile_start, of_1001_levels_sets_the_save_aside)
               std::string::npos)
         << side.read("out");
     EXPECT_EQ(folder.read("maze_save.dat.bad"), tower(1001));
+}
+
+// Lets the program start with settings; gives what it has in use beyond a start without any.
+static size_t extra_memory(const Folder& folder, const Folder& side, int code)
+{
+    const Folder empty;
+    const ChildPeak plain = play_in(empty, side);
+    EXPECT_EQ(plain.code, 0) << side.read("err");
+    const ChildPeak start = play_in(folder, side);
+    EXPECT_EQ(start.code, code) << side.read("err");
+    EXPECT_TRUE(folder.has("maze_save.dat"));
+    return start.memory - std::min(plain.memory, start.memory);
+}
+
+TEST(hostile_start, of_settings_of_200_megabytes_in_one_line_leaves_them_and_takes_no_memory)
+{
+    const Folder folder;
+    const Folder side;
+    folder.write("config.txt", "Windowed: " + std::string(200 * MEBIBYTE, 'y'));
+    const size_t extra = extra_memory(folder, side, 1); // since the settings are not saved
+    EXPECT_NE(side.read("out").find("Could not read config.txt: File too large"), std::string::npos)
+        << side.read("out");
+    EXPECT_EQ(std::filesystem::file_size(folder.file("config.txt")), 200 * MEBIBYTE + 10);
+    if (!sanitized) {
+        EXPECT_LE(extra, 16 * MEBIBYTE);
+    }
+}
+
+// The most entries that settings can have.
+TEST(hostile_start, of_settings_of_colons_takes_bounded_memory)
+{
+    const Folder folder;
+    const Folder side;
+    std::string colons;
+    for (size_t i = 0; i < CONFIG_MAXBYTES / 2; i++) {
+        colons += ":\n";
+    }
+    folder.write("config.txt", colons);
+    const size_t extra = extra_memory(folder, side, 1); // since a blank to each line is too much
+    EXPECT_TRUE(folder.read("config.txt") == colons);
+    if (!sanitized) {
+        EXPECT_LE(extra, 80 * MEBIBYTE);
+    }
+}
+
+TEST(hostile_start, of_settings_of_a_megabyte_of_nothing_completes_them)
+{
+    const Folder folder;
+    const Folder side;
+    folder.write("config.txt", std::string(CONFIG_MAXBYTES, '\0'));
+    extra_memory(folder, side, 0);
+    EXPECT_EQ(cut(folder.read("config.txt"), '\n').size(), 6U);
 }
