@@ -1,7 +1,13 @@
-// Every edge that has had its turn is either deleted or needed: a bridge, which no cycle runs through.
-// So an edge lies on a cycle if and only if it lies on a cycle of edges that still wait for their
-// turn, and the graph of those alone is searched. It shrinks with each turn, whatever comes of it, and
-// where a node is left with one edge in it that edge is known to be a bridge and leaves it too.
+// Every edge that has had its turn is either deleted or needed: a bridge, which no cycle runs through,
+// and a bridge stays one, since edges are only deleted. So an edge lies on a cycle if and only if it lies
+// on a cycle of edges that still wait for their turn, and the graph of those alone is searched, from both
+// ends by turns. It shrinks with each turn, whatever comes of it, and where a node is left with one edge
+// in it that edge is known to be a bridge and leaves it too, so that what is left is a 2-core.
+//
+// The answer to each turn is that of a search of the whole maze, and the order of turns depends on the
+// stream and on the degrees alone, which are kept as the maze would have them. Where the faces are known
+// (faces.h) they give the same answers without a search. Once no waiting edge lies on a cycle the answers
+// and degrees are settled, and only draws are left to be taken: finish.
 #include "generate/carve.h"
 #include "generate/faces.h"
 #include "generate/flatgraph.h"

@@ -1,5 +1,7 @@
 #include "generate/faces.h"
 
+#include "generate/sets.h"
+
 #include <bit>
 #include <cstring>
 
@@ -80,31 +82,6 @@ static bool findsquares(Faces* faces)
     return refused <= FACES_MAXREFUSED;
 }
 
-static i32 leaderof(i32* leaders, i32 node)
-{
-    while (leaders[node] != node) {
-        leaders[node] = leaders[leaders[node]]; // halves the path
-        node = leaders[node];
-    }
-    return node;
-}
-
-static void resetleaders(i32* leaders, i32 n)
-{
-    for (i32 i = n - 1; i >= 0; i--) {
-        leaders[i] = i;
-    }
-}
-
-// Whether two sets were different. They are one afterwards.
-static bool unite(i32* leaders, i32 a, i32 b)
-{
-    const i32 first = leaderof(leaders, a);
-    const i32 second = leaderof(leaders, b);
-    leaders[first] = second;
-    return first != second;
-}
-
 enum EdgeRole : u8 { BETWEEN_FACES, TREE, RING };
 
 struct Missing {
@@ -116,7 +93,12 @@ struct Missing {
 };
 
 // Parts the edges into those that a forest of the faces takes, which could all be deleted; a forest
-// of the others; and the rest, of which each closes a cycle that the faces lack.
+// of the others; and the rest, of which each closes a cycle of the others alone.
+//
+// These cycles together with the faces make up all cycles, whatever the faces are: the faces are
+// independent on the edges of their own forest, which the further cycles don't touch, and with n nodes
+// in c parts the forests leave edges - (n - c) edges or more to the two kinds, which is the number of
+// independent cycles that there are.
 static bool partedges(Faces* faces, Missing* missing, i32* parts)
 {
     const FlatGraph* const graph = faces->graph;
@@ -125,10 +107,10 @@ static bool partedges(Faces* faces, Missing* missing, i32* parts)
             const i32 slot = std::countr_zero(bits);
             const i32 edge = faces->numbers[i][slot];
             const i32* const sides = faces->sides[edge];
-            if (unite(faces->leaders, sides[0], sides[1])) {
+            if (sets_unite(faces->leaders, sides[0], sides[1])) {
                 missing->roles[edge] = BETWEEN_FACES;
                 faces->left++;
-            } else if (unite(parts, i, graph->edges[i][slot])) {
+            } else if (sets_unite(parts, i, graph->edges[i][slot])) {
                 missing->roles[edge] = TREE;
             } else if (missing->count < FACES_MAXMISSING) {
                 missing->roles[edge] = RING;
@@ -206,16 +188,16 @@ bool Faces_init(Faces* out, const FlatGraph* graph, Scratch* scratch)
     out->leaders = Scratch_array<i32>(scratch, out->nsides);
     out->offsets = Scratch_array<u8>(scratch, out->nsides);
     std::memset(out->offsets, 0, static_cast<size_t>(out->nsides));
-    resetleaders(out->leaders, out->nsides);
+    sets_init(out->leaders, out->nsides);
     i32* const parts = Scratch_array<i32>(scratch, n);
-    resetleaders(parts, n);
+    sets_init(parts, n);
     Missing missing = {};
     missing.roles = Scratch_array<u8>(scratch, edges);
     if (!partedges(out, &missing, parts)) {
         return false;
     }
     labelmissing(out, &missing, scratch);
-    resetleaders(out->leaders, out->nsides);
+    sets_init(out->leaders, out->nsides);
     return true;
 }
 

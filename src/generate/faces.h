@@ -1,17 +1,21 @@
 // Bridges without searching, for graphs that lie on a surface.
 //
-// Take cycles of a graph of which no edge has more than two on it: faces, such as the squares of a
-// grid. A further node stands for the outside, which an edge with less than two has on its other
-// sides. Deleting an edge unites its two sides. As long as the sides are different, the deleted edges
-// hold no cut of the graph: each cut meets each cycle an even number of times, so that it would unite
-// its sides in a ring. A set of deleted edges leaves the graph as connected as it was if and only if
-// the rows of all cycles tell it apart from such rings. Where the faces make up all cycles, as in a
-// plane, this is all: an edge with one region on both sides is a bridge. Where a few cycles are
-// missing, two on a torus, each of these has a bit in the labels of its edges, and a ring may go whose
-// label is no sum of those of earlier rings.
+// A set of edges can be deleted without parting anything if and only if no cut of the graph lies in it
+// (the cographic matroid, Whitney 1935). Counted modulo 2, cuts are what meets each cycle an even number
+// of times. So, with a row for each of enough cycles to sum up to all, and in it a bit for each edge on
+// the cycle, a set can go if and only if no sum of columns of its edges is nought.
 //
-// All of this is checked and nothing taken on trust: a graph of which too many cycles are missing is
-// refused.
+// Take cycles of which no edge lies on more than two, as in the criterion of planarity by MacLane (1937):
+// faces, such as the squares of a grid. A further node stands for the outside, which an edge with less
+// than two has on its other sides. Then a column is an edge of the dual graph between two sides, and
+// columns sum up to nought along rings of the dual. Deleting an edge unites its two sides; one with a
+// single region on both sides closes a ring and is a bridge, if the faces make up all cycles, as in a
+// plane. Where a few cycles are missing, two on a torus, each of these has a bit in the labels of its
+// edges, and a ring may go whose label is no sum of those of earlier rings. Regions are disjoint sets that
+// know the label of the way to their leader; the rings' labels are a basis by Gaussian elimination.
+//
+// So each answer is that of a search of what is left of the graph, and no plane or surface is taken on
+// trust: any cycles will do as rows, and a graph of which too many are missing is refused.
 #pragma once
 
 #include "generate/flatgraph.h"

@@ -1,24 +1,6 @@
 #include "generate/carve.h"
 #include "generate/flatgraph.h"
-
-// The representative of a node's set, which holds all that has been joined to it.
-static i32 leaderof(i32* leaders, i32 node)
-{
-    while (leaders[node] != node) {
-        leaders[node] = leaders[leaders[node]]; // halves the path
-        node = leaders[node];
-    }
-    return node;
-}
-
-static i32* newleaders(i32 n, Scratch* scratch)
-{
-    i32* const leaders = Scratch_array<i32>(scratch, n);
-    for (i32 i = n - 1; i >= 0; i--) {
-        leaders[i] = i;
-    }
-    return leaders;
-}
+#include "generate/sets.h"
 
 // Of a doubled edge only the pair that comes last in the list counts, since its deletion takes all of
 // them; the others go.
@@ -41,8 +23,10 @@ static i32 dropdoubles(const FlatGraph* graph, EdgePair* pairs, Scratch* scratch
     return first;
 }
 
-// Deleting from the last pair on whatever isn't needed leaves the same edges as adding from the first
-// on whatever joins two parts (Kruskal 1956).
+// Kruskal's two methods (1956) choose the same edges. Deleting from the last pair on, an edge goes if a
+// cycle runs through it in what is left. Later edges that stayed are bridges and lie on none, so the
+// cycle has it as its last edge; and if a cycle has it as its last one, the others still stand at its
+// turn. Adding from the first pair on, the same edges are left out: those whose ends earlier edges join.
 void makemaze_spanning(Maze* maze)
 {
     Scratch scratch = {};
@@ -50,12 +34,10 @@ void makemaze_spanning(Maze* maze)
     FlatGraph_init(&graph, maze, &scratch);
     EdgePair* const pairs = FlatGraph_shuffledpairs(&graph, &scratch);
     const i32 first = graph.doubled ? dropdoubles(&graph, pairs, &scratch) : 0;
-    i32* const leaders = newleaders(graph.count, &scratch);
+    i32* const leaders = Scratch_array<i32>(&scratch, graph.count);
+    sets_init(leaders, graph.count);
     for (i32 i = first; i < graph.npairs; i++) { // forward: see above
-        const i32 a = leaderof(leaders, pairs[i].a);
-        const i32 b = leaderof(leaders, pairs[i].b);
-        if (a != b) {
-            leaders[a] = b;
+        if (sets_unite(leaders, pairs[i].a, pairs[i].b)) {
             FlatGraph_keep(&graph, pairs[i].a, pairs[i].b);
         }
     }

@@ -1,8 +1,18 @@
-// The draws of one thinning follow a fixed order of edges, as long as no two nodes are joined more
-// than once, and the stream is linear: the state after k draws is A s + C with factors that depend on
-// k alone. So an attempt is searched without being made: from all terminals at once, node by node, and
-// an edge is drawn when the search meets it. Most attempts end after a few nodes, where one of the
-// terminals turns out to be cut off.
+// Why an attempt need not be made to be judged:
+//
+// - Only whether the terminals hang together counts, and that depends on which edges stay alone, not on
+//   slots, nor on the order in which a search meets the nodes.
+// - As long as no two nodes are joined more than once, a thinning draws for each edge once, whatever
+//   became of the others, in an order that is the same each time. The stream is linear congruential, so
+//   its state after k draws is A s + C with factors that depend on k alone (Knuth, The Art of Computer
+//   Programming 2, 3.2.1): the draw of any edge is had without those before it, and the state after the
+//   whole thinning too, where the next attempt begins.
+//
+// So an attempt that isolates a terminal is not searched at all. Any other is searched from all terminals
+// at once, always on from the one with the fewest nodes waiting, and an edge is drawn when the search meets
+// it, from either end with the same outcome. Most attempts end after a few nodes, where one of the
+// terminals turns out to be cut off. The best one is made again in full at the end, from the state of the
+// stream that it began at.
 #include "generate/carve.h"
 #include "generate/flatgraph.h"
 #include "generate/stream.h"
