@@ -524,6 +524,13 @@ void Trial::judge_load() const
     EXPECT_EQ(content(folder, "config.txt"), expected.settings[2]);
 }
 
+static std::string saved_beside(const Folder& folder)
+{
+    return "The game is saved in " + folder.file("maze_save-2.dat") +
+           ". To go on with it, rename it maze_save.dat.";
+}
+
+// A save that can't be replaced stays, and the game goes beside it.
 void Trial::judge_save() const
 {
     const Content save = content(folder, expected.stage.save);
@@ -532,18 +539,29 @@ void Trial::judge_save() const
         judge_untouched();
         return;
     }
-    EXPECT_EQ(run.code, 1);
-    ASSERT_EQ(run.told.size(), expected.stage.second ? 2U : 1U);
     const std::string& last = run.told.back();
-    expect_reason(last);
     if (is(save, expected.new_save)) {
+        ASSERT_EQ(run.told.size(), expected.stage.second ? 2U : 1U);
         const std::string sure = expected.stage.second ? "The game is saved in " : game_unsure;
         EXPECT_TRUE(begins(last, sure)) << last;
         EXPECT_TRUE(holds(last, "The disk may not have all yet of the new ")) << last;
-    } else {
-        EXPECT_TRUE(is(save, expected.old_save));
-        EXPECT_TRUE(begins(last, expected.stage.second ? beside_unsaved : game_unsaved)) << last;
+        expect_reason(last);
+        EXPECT_EQ(run.code, 1);
+        return;
     }
+    EXPECT_TRUE(is(save, expected.old_save));
+    ASSERT_EQ(run.told.size(), 2U);
+    if (expected.stage.second) {
+        EXPECT_TRUE(begins(last, beside_unsaved)) << last;
+        expect_reason(last);
+        EXPECT_EQ(run.code, 1);
+        return;
+    }
+    EXPECT_TRUE(begins(run.told[0], game_unsaved)) << run.told[0];
+    expect_reason(run.told[0]);
+    EXPECT_EQ(last, saved_beside(folder));
+    EXPECT_TRUE(is(content(folder, "maze_save-2.dat"), expected.new_save));
+    EXPECT_EQ(run.code, 0);
 }
 
 void Trial::judge_last_settings() const
@@ -627,6 +645,10 @@ Claims claims_of(const std::vector<std::string>& told)
             claims.unsaved++;
         } else if (begins(line, game_unsure)) {
             claims.unsure++;
+        } else if (begins(line, "The game is saved in /")) {
+            claims.beside++;
+        } else if (begins(line, beside_unsaved)) {
+            claims.beside_unsaved++;
         } else if (begins(line, settings_unsaved)) {
             claims.settings_unsaved++;
         } else if (begins(line, settings_unsure)) {
@@ -646,7 +668,11 @@ void judge_claims(const Expected& expected, const Folder& folder, const RunLeft&
     const Content save = content(folder, expected.stage.save);
     const bool saved = is(save, expected.new_save);
     EXPECT_TRUE(saved || is(save, expected.old_save));
+    const Content beside = content(folder, "maze_save-2.dat");
+    EXPECT_TRUE(!beside || is(beside, expected.new_save));
     EXPECT_EQ(claims.unsaved, saved ? 0 : 1);
+    EXPECT_EQ(claims.beside, beside ? 1 : 0);
+    EXPECT_EQ(claims.beside_unsaved, saved || beside ? 0 : 1);
     const Content settings = content(folder, "config.txt");
     const bool current = settings == expected.settings[2];
     if (current) {
@@ -657,7 +683,7 @@ void judge_claims(const Expected& expected, const Folder& folder, const RunLeft&
         EXPECT_EQ(settings, expected.settings[0]);
         EXPECT_EQ(claims.settings_unsaved, 2);
     }
-    EXPECT_EQ(run.code, saved && current ? 0 : 1);
+    EXPECT_EQ(run.code, (saved || beside) && current ? 0 : 1);
     EXPECT_EQ(leftovers(folder), std::vector<std::string>());
 }
 

@@ -111,7 +111,8 @@ struct Trial {
 
 /// What a run without trace has told, sorted by what it claims.
 struct Claims {
-    int unsaved = 0, unsure = 0; // the game is not saved, or is but not safely
+    int unsaved = 0, unsure = 0;        // the game is not saved at its place, or is but not safely
+    int beside = 0, beside_unsaved = 0; // it is saved in a file with a number, or not there either
     int settings_unsaved = 0, settings_unsure = 0;
     std::vector<std::string> others;
 };

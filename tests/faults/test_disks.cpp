@@ -63,6 +63,7 @@ static void expect_told(const RunLeft& run, size_t line, const char* claim, int 
 }
 
 static const char* const game_unsaved = "The game is not saved in maze_save.dat. ";
+static const char* const beside_unsaved = "The game is not saved beside maze_save.dat. ";
 static const char* const settings_unsaved = "The settings are not saved in config.txt. ";
 
 TEST(disk, with_room_takes_the_new_files)
@@ -81,8 +82,9 @@ TEST(disk, without_room_for_a_second_save_keeps_the_old_one_and_takes_the_settin
     const RunLeft run = run_usual_on({.room = "280k", .after_filling = ""}, result);
     ASSERT_GT(2 * usual().old_save->size(), 280U * 1024);
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.told.size(), 1U);
+    EXPECT_EQ(run.told.size(), 2U);
     expect_told(run, 0, game_unsaved, ENOSPC);
+    expect_told(run, 1, beside_unsaved, ENOSPC);
     EXPECT_TRUE(content(result, "maze_save.dat") == usual().old_save);
     EXPECT_EQ(content(result, "config.txt"), usual().settings[2]);
     EXPECT_EQ(leftovers(result), std::vector<std::string>());
@@ -94,10 +96,11 @@ TEST(disk, that_is_full_keeps_both_old_files)
     const RunLeft run = run_usual_on(
         {.room = "280k", .after_filling = "cat /dev/zero >filler 2>/dev/null || true"}, result);
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.told.size(), 3U);
+    EXPECT_EQ(run.told.size(), 4U);
     expect_told(run, 0, settings_unsaved, ENOSPC);
     expect_told(run, 1, game_unsaved, ENOSPC);
-    expect_told(run, 2, settings_unsaved, ENOSPC);
+    expect_told(run, 2, beside_unsaved, ENOSPC);
+    expect_told(run, 3, settings_unsaved, ENOSPC);
     EXPECT_TRUE(content(result, "maze_save.dat") == usual().old_save);
     EXPECT_EQ(content(result, "config.txt"), usual().settings[0]);
     EXPECT_EQ(leftovers(result), std::vector<std::string>());
@@ -111,8 +114,9 @@ TEST(disk, that_is_full_leaves_nothing_of_a_first_run)
         run_on({.room = "64k", .after_filling = "cat /dev/zero >filler 2>/dev/null || true"}, setup,
                result);
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.told.size(), 3U);
+    EXPECT_EQ(run.told.size(), 4U);
     expect_told(run, 1, game_unsaved, ENOSPC);
+    expect_told(run, 2, beside_unsaved, ENOSPC);
     EXPECT_EQ(content(result, "maze_save.dat"), std::nullopt);
     EXPECT_EQ(content(result, "config.txt"), std::nullopt);
     EXPECT_EQ(leftovers(result), std::vector<std::string>());
@@ -128,8 +132,9 @@ TEST(disk, that_is_full_behind_a_link_keeps_link_and_file)
     std::filesystem::create_symlink("real/world", setup.file("maze_save.dat"));
     const RunLeft run = run_on({.room = "280k", .after_filling = ""}, setup, result);
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.told.size(), 1U);
+    EXPECT_EQ(run.told.size(), 2U);
     expect_told(run, 0, game_unsaved, ENOSPC);
+    expect_told(run, 1, beside_unsaved, ENOSPC);
     EXPECT_TRUE(std::filesystem::is_symlink(result.file("maze_save.dat")));
     EXPECT_TRUE(content(result, "real/world") == usual().old_save);
     EXPECT_EQ(leftovers(result), std::vector<std::string>());
@@ -141,10 +146,11 @@ TEST(disk, that_is_protected_keeps_both_old_files)
     const RunLeft run =
         run_usual_on({.room = "1m", .after_filling = "mount -o remount,ro \"$PWD\""}, result);
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.told.size(), 3U);
+    EXPECT_EQ(run.told.size(), 4U);
     expect_told(run, 0, settings_unsaved, EROFS);
     expect_told(run, 1, game_unsaved, EROFS);
-    expect_told(run, 2, settings_unsaved, EROFS);
+    expect_told(run, 2, beside_unsaved, EROFS);
+    expect_told(run, 3, settings_unsaved, EROFS);
     EXPECT_TRUE(content(result, "maze_save.dat") == usual().old_save);
     EXPECT_EQ(content(result, "config.txt"), usual().settings[0]);
 }
