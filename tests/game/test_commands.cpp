@@ -6,6 +6,7 @@
 #include "generate/stencils.h"
 #include "model/attachment.h"
 #include "model/commands.h"
+#include "model/connect.h"
 #include "model/mazegame.h"
 #include "model/stategraph.h"
 #include "model/surgery.h"
@@ -631,7 +632,7 @@ static Maze* make_waiting_line(i32 n, f64 spacing)
     Maze* const line = make_line(n);
     Maze_scale(line, spacing);
     for (i32 i = 0; i < n; i++) {
-        Maze_node(line, i)->expandable = 1;
+        MazeNode_await(Maze_node(line, i));
     }
     return line;
 }
@@ -703,7 +704,7 @@ TEST(MazeGame_expand, clears_the_flag_of_a_port)
     HeldGame held;
     Maze* const root = make_nest();
     Maze* const east = Maze_node(root, 2)->sub;
-    Maze_node(east, 1)->expandable = 1;
+    MazeNode_await(Maze_node(east, 1));
     stand(&held, root, root, 0);
     MazeGame_expand(&held.game);
     EXPECT_EQ(Maze_node(east, 1)->expandable, 0U);
@@ -714,7 +715,7 @@ TEST(MazeGame_expand, clears_the_flag_of_a_node_without_edges)
 {
     HeldGame held;
     Maze* const maze = make_nodes(1);
-    Maze_node(maze, 0)->expandable = 1;
+    MazeNode_await(Maze_node(maze, 0));
     stand(&held, maze, maze, 0);
     MazeGame_expand(&held.game);
     EXPECT_EQ(Maze_node(maze, 0)->expandable, 0U);
