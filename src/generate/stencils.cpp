@@ -6,6 +6,7 @@
 #include "generate/rings.h"
 #include "generate/tilings.h"
 #include "model/attachment.h"
+#include "model/connect.h"
 #include "model/drawsphere.h"
 
 #include <cmath>
@@ -185,7 +186,9 @@ Maze* recursify_stencil_scaled(f64 s, Pos where)
     Maze_scale(maze, k);
     for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
         rnd(1.0); // the stream moves on for each node
-        Maze_node(maze, i)->expandable = k > 1.0 ? 1 : 0;
+        if (k > 1.0) {
+            MazeNode_await(Maze_node(maze, i));
+        }
     }
     if (where.maze != nullptr && where.maze->name != nullptr) {
         std::free(maze->name);

@@ -104,6 +104,15 @@ bool Maze_isconnected(const Maze* maze)
     return i == 0;
 }
 
+// Whether any node has been made to wait since the process began. Written by MazeNode_await.
+static bool anyawaits;
+
+void MazeNode_await(MazeNode* node)
+{
+    node->expandable = 1;
+    anyawaits = true;
+}
+
 struct Candidate {
     f64 dist; // squared distance to the point
     i32 node;
@@ -143,7 +152,7 @@ static void pushcandidates(const Maze* maze, const f64 point[3], f64 range)
 
 void Maze_nearexpandable(Maze* maze, const f64 point[3], f64 range, GrowArray* out, u32 limit)
 {
-    if (out->count >= limit) {
+    if (!anyawaits || out->count >= limit) {
         return;
     }
     if (candidates.buf == nullptr) {

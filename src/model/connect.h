@@ -17,6 +17,11 @@ i32 Maze_distance(const Maze* maze, i32 a, i32 b);
 /// Trusts a maze with fewer than two ports to have a node.
 bool Maze_isconnected(const Maze* maze);
 
+/// Makes a node wait for a submaze. Nothing else sets `expandable`: until the first call in a process
+/// the search below knows, without a look at the world, that nothing waits.
+void MazeNode_await(MazeNode* node);
+
 /// Pushes on `out` (of Pos) the nodes within `range` of a point that wait for a submaze, nearest
-/// first, until it holds `limit`. Where a node has a submaze its nodes are taken in its place.
+/// first, until it holds `limit`. Where a node has a submaze its nodes are taken in its place. Linear
+/// in the nodes of the levels it enters, once any node has been made to wait; no cost before.
 void Maze_nearexpandable(Maze* maze, const f64 point[3], f64 range, GrowArray* out, u32 limit);

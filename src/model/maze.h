@@ -40,7 +40,7 @@ struct MazeNode {
     i32 edges[MAZE_MAXEDGES];        // neighbours, slots 0 to nedges - 1
     VisitRec edgerec[MAZE_MAXEDGES]; // in step with edges
     VisitRec rec;                    // of the node itself
-    u32 expandable;                  // not 0: waits for a submaze; never saved
+    u32 expandable;                  // not 0: waits for a submaze, by MazeNode_await; never saved
     Maze* sub;                       // owned, or null
 };
 

@@ -91,16 +91,6 @@ static i32 addstate(Maze* maze, StateGraph* graph, i32 n, const void* state)
     return Maze_addnode(maze, &node);
 }
 
-static bool joined(const Maze* maze, i32 a, i32 b)
-{
-    const MazeNode* const node = Maze_node(maze, a);
-    i32 i = static_cast<i32>(node->nedges) - 1;
-    while (i >= 0 && node->edges[i] != b) {
-        i--;
-    }
-    return i >= 0;
-}
-
 // Adds one neighbour of node n, handed over. Whether the graph may have changed.
 static bool addneighbour(Maze* maze, StateGraph* graph, i32 n, void* state)
 {
@@ -111,11 +101,11 @@ static bool addneighbour(Maze* maze, StateGraph* graph, i32 n, void* state)
     } else {
         to = addstate(maze, graph, n, state);
     }
-    if (to == n || joined(maze, n, to)) { // no node is joined to itself
+    if (to == n || Maze_joined(maze, n, to)) { // no node is joined to itself
         return false;
     }
     Maze_joinfitted(maze, n, to);
-    return !known || joined(maze, n, to);
+    return !known || Maze_joined(maze, n, to);
 }
 
 void Maze_stategrow(Maze* maze, i32 n)

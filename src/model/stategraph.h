@@ -5,7 +5,9 @@
 #include "model/maze.h"
 
 struct StateGraph {
-    GrowArray states; // opaque records, one a node of the maze, in step with the node numbers
+    // Opaque records, one a node of the maze, in step with the node numbers. Nothing but growth may add
+    // to or renumber the maze: it holds no ports whose edges change, as at the root.
+    GrowArray states;
     void* startstate; // owned; the first state, filled in by the maker
     void* scratch;    // owned spare state, or null
     void* context;    // owned data of the maker, or null

@@ -405,7 +405,7 @@ void Maze_joinfitted(Maze* maze, i32 a, i32 b)
     fitports(maze, &oldb);
 }
 
-static bool joined(const Maze* maze, i32 a, i32 b)
+bool Maze_joined(const Maze* maze, i32 a, i32 b)
 {
     const MazeNode* const node = Maze_node(maze, a);
     i32 i = static_cast<i32>(node->nedges) - 1;
@@ -432,7 +432,7 @@ static void copyedges(Maze* maze, i32 a, i32 b)
     const MazeNode* const node = Maze_node(maze, b);
     for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
         const i32 w = node->edges[i];
-        if (w == a || joined(maze, a, w) || Maze_node(maze, a)->nedges >= MAZE_MAXEDGES) {
+        if (w == a || Maze_joined(maze, a, w) || Maze_node(maze, a)->nedges >= MAZE_MAXEDGES) {
             continue;
         }
         Maze_join(maze, a, w);

@@ -46,6 +46,9 @@ void Maze_contract(Maze* maze, u32 k);
 /// without edges. The colours of moved edges go to their ends.
 void Maze_absorb(Maze* maze, i32 a, i32 b, bool remove);
 
+/// Whether two nodes of a level have an edge.
+bool Maze_joined(const Maze* maze, i32 a, i32 b);
+
 /// As Maze_join, with ports for the new edge where the nodes hold submazes.
 void Maze_joinfitted(Maze* maze, i32 a, i32 b);
 

@@ -1,3 +1,4 @@
+#include "model/connect.h"
 #include "tests/savebytes.h"
 
 #include <limits>
@@ -20,7 +21,7 @@ TEST(Maze_save, writes_each_field_in_its_place)
     MazeNode* const first = Maze_node(maze, 0);
     first->edgerec[0] = {.colour = 0x010203, .walked = 7.0, .trailed = 8.0};
     first->rec = {.colour = 0x040506, .walked = 9.0, .trailed = 10.0};
-    first->expandable = 1;
+    MazeNode_await(first);
     maze->visitednodes = 1;
     stand(&held, maze, maze, 1);
     Bytes want;
@@ -245,7 +246,7 @@ TEST(savefile_build, clears_expandable)
     HeldGame held;
     make_walked_nest(&held);
     for (i32 i = 3; i >= 0; i--) {
-        Maze_node(held->root, i)->expandable = 1;
+        MazeNode_await(Maze_node(held->root, i));
     }
     HeldGame again;
     build(&again, saved(&held.game));

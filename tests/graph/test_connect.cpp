@@ -177,9 +177,22 @@ static World expandablenodes(i32 n)
 {
     World maze(make_nodes(n));
     for (i32 i = 0; i < n; i++) {
-        Maze_node(maze.get(), i)->expandable = 1;
+        MazeNode_await(Maze_node(maze.get(), i));
     }
     return maze;
+}
+
+TEST(Maze_nearexpandable, doesnt_look_at_the_world_before_any_node_has_been_made_to_wait)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // a process of its own, in which none has
+    const auto searches = [] {
+        GrowArray out;
+        GrowArray_init(&out, sizeof(Pos));
+        const f64 point[3] = {0, 0, 0};
+        Maze_nearexpandable(nullptr, point, 1000.0, &out, 1); // there is nothing that it could read
+        std::_Exit(out.count == 0 ? 0 : 1);
+    };
+    EXPECT_EXIT(searches(), testing::ExitedWithCode(0), "");
 }
 
 TEST(Maze_nearexpandable, lists_the_nearest_first)
@@ -212,7 +225,7 @@ TEST(Maze_nearexpandable, stops_at_the_limit)
 TEST(Maze_nearexpandable, passes_over_nodes_that_dont_wait)
 {
     const World maze(make_nodes(3));
-    Maze_node(maze.get(), 1)->expandable = 1;
+    MazeNode_await(Maze_node(maze.get(), 1));
     EXPECT_EQ("0:1", nearexpandable(maze.get(), 0.0, 1000.0, 99));
 }
 
@@ -221,10 +234,10 @@ static World twobranches()
 {
     World maze(make_nodes(2));
     Maze_node(maze.get(), 1)->pos[0] = 3.0;
-    Maze_node(maze.get(), 1)->expandable = 1;
+    MazeNode_await(Maze_node(maze.get(), 1));
     Maze* const sub = hang(maze.get(), 0, make_nodes(1));
     Maze_node(sub, 0)->pos[0] = 8.0;
-    Maze_node(sub, 0)->expandable = 1;
+    MazeNode_await(Maze_node(sub, 0));
     sub->parentnode = 0;
     return maze;
 }
@@ -259,9 +272,9 @@ TEST(Maze_nearexpandable, stops_in_recursion_too)
     const World maze(make_nodes(2));
     Maze* const sub = hang(maze.get(), 0, make_nodes(3));
     for (i32 i = 0; i < 3; i++) {
-        Maze_node(sub, i)->expandable = 1;
+        MazeNode_await(Maze_node(sub, i));
     }
-    Maze_node(maze.get(), 1)->expandable = 1;
+    MazeNode_await(Maze_node(maze.get(), 1));
     GrowArray out;
     GrowArray_init(&out, sizeof(Pos));
     const f64 point[3] = {0, 0, 0};

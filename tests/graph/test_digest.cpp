@@ -1,4 +1,5 @@
 #include "base/str.h"
+#include "model/connect.h"
 #include "model/digest.h"
 #include "tests/mazes.h"
 
@@ -94,7 +95,7 @@ TEST(Maze_digestgraph, passes_over_visits_and_places)
     Maze_scale(maze.get(), 3.0);
     Maze_bounds(maze.get(), true);
     Pos_markwalked({maze.get(), 0}, {maze.get(), 1}, 4.0);
-    Maze_node(maze.get(), 2)->expandable = 1;
+    MazeNode_await(Maze_node(maze.get(), 2));
     maze->exitsused = 3;
     EXPECT_EQ(graph_of(maze.get()), before);
 }

@@ -1,5 +1,6 @@
 #include "base/report.h"
 #include "base/rnd.h"
+#include "model/connect.h"
 #include "model/pos.h"
 #include "tests/mazes.h"
 #include "tests/randomworld.h"
@@ -463,7 +464,7 @@ TEST(Maze_fixports, adds_missing_nodes_beside_node_0)
     Maze* const sub = hang(maze.get(), 0, make_nodes(1));
     place(sub, 0, 1, 0);
     Maze_node(sub, 0)->radius = 0.25;
-    Maze_node(sub, 0)->expandable = 1;
+    MazeNode_await(Maze_node(sub, 0));
     rnd_seed(5);
     Maze_fixports(sub);
     EXPECT_SOUND(maze.get());
