@@ -1,5 +1,6 @@
-// Random graphs, by turns dense, sparse, forests and grids; some with doubled edges, some hanging in
-// a node of a star, some with submazes in their inner nodes. They have a stream of their own.
+// Random graphs, by turns dense, sparse, forests, grids and meshes of a torus; some with doubled edges
+// or nodes joined to themselves, some hanging in a node of a star, some with submazes in their inner
+// nodes. They have a stream of their own.
 #pragma once
 
 #include "generate/grids.h"
@@ -11,7 +12,7 @@
 struct RandomGraph {
     Maze* root;   // owned by the caller: the graph, or the star in whose node 0 it hangs
     Maze* maze;   // the graph
-    bool doubled; // two of its nodes are joined twice, so it isn't sound
+    bool doubled; // two nodes are joined twice, or one to itself, so it isn't sound
 };
 
 struct RandomGraphs {
@@ -58,6 +59,25 @@ struct RandomGraphs {
         return maze;
     }
 
+    // A mesh of n by m nodes: a size of 2 doubles its edges, one of 1 joins nodes to themselves.
+    Maze* torus(i32 n, i32 m)
+    {
+        Maze* const maze = make_nodes(n * m);
+        for (i32 i = 0; i < n * m; i++) {
+            Maze_join(maze, i, (i + m) % (n * m));
+            Maze_join(maze, i, i / m * m + (i + 1) % m);
+        }
+        Maze_swapnodes(maze, roll(n * m), n * m - 1);
+        return maze;
+    }
+
+    RandomGraph mesh()
+    {
+        const i32 n = 1 + roll(6);
+        const i32 m = 1 + roll(6);
+        return {nullptr, torus(n, m), n <= 2 || m <= 2};
+    }
+
     // Gives each node its number as radius and each slot a colour of its own.
     static void mark(Maze* maze)
     {
@@ -74,7 +94,7 @@ struct RandomGraphs {
     {
         RandomGraph out = {nullptr, nullptr, false};
         const i32 n = roll(12) == 0 ? 1 : 1 + roll(30);
-        switch (round++ % 4) {
+        switch (round++ % 5) {
         case 0:
             out.doubled = roll(2) == 0;
             out.maze = scatter(n, 5 * n, &out.doubled);
@@ -84,10 +104,11 @@ struct RandomGraphs {
             out.maze = scatter(n, n, &out.doubled);
             break;
         case 2: out.maze = forest(n); break;
+        case 3: out = mesh(); break;
         default: out.maze = grid_maze(1 + roll(5), 1 + roll(5), 1 + roll(3)); break;
         }
         mark(out.maze);
-        const i32 ports = roll(6); // 5: the graph is a root
+        const i32 ports = roll(10); // 9: the graph is a root
         for (i32 i = Maze_count(out.maze) - 1; i >= ports; i--) {
             if (roll(4) == 0) {
                 const i32 edges = static_cast<i32>(Maze_node(out.maze, i)->nedges);
@@ -95,7 +116,7 @@ struct RandomGraphs {
             }
         }
         out.root = out.maze;
-        if (ports < 5) {
+        if (ports < 9) {
             out.root = make_star(ports);
             hang(out.root, 0, out.maze);
         }

@@ -518,6 +518,7 @@ int main(int argc, char** argv)
     u8* text = nullptr;
     report_fatal_wait = 0; // nobody reads along
     platform_use(&platform_scripted);
+    platform->takesignals(); // the log is opened before the driver starts
     scripted_reset();
     GrowArray_init(&shots, sizeof(Shot));
     if (!readarguments(&options, argc, argv) || !prepare(&options, &text)) {

@@ -1,5 +1,6 @@
 // corvane-world: worlds without a window.
 #include "world.h"
+
 #include <cstdio>
 #include <cstring>
 

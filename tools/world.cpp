@@ -8,20 +8,29 @@
 #include <cstdio>
 #include <cstdlib>
 
+enum { LONGEST = 8192 }; // of what is told: a path and some words
+
 int bad(const char* format, ...)
 {
+    char text[LONGEST];
     std::va_list arguments;
     va_start(arguments, format);
-    std::fputs("corvane-world: ", stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
+    std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
+    for (char* at = text; *at != 0; at++) {           // from its first letter on
+        *at = static_cast<u8>(*at) < ' ' ? '?' : *at; // a file's name may hold the end of a line
+    }
+    std::fprintf(stderr, "corvane-world: %s\n", text);
     return EXIT_BAD;
 }
 
 bool readfile(const char* path, u8** bytes, size_t* size)
 {
     char why[WHOLEFILE_WHY];
+    if (*path == 0) {
+        bad("the name of the file is empty");
+        return false;
+    }
     switch (wholefile_read(path, bytes, size, why)) {
     case WHOLEFILE_READ: return true;
     case WHOLEFILE_MISSING: bad("%s: there is no such file", path); return false;

@@ -1,7 +1,7 @@
 // What is told of a saved world: figures, digests, the dump.
 #include "model/mazegame.h"
-
 #include "world.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>

@@ -1,9 +1,10 @@
 #include "base/rnd.h"
 #include "generate/makemaze.h"
+#include "generate/stencils.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
-
 #include "world.h"
+
 #include <charconv>
 #include <cstdio>
 #include <cstring>
@@ -112,7 +113,7 @@ static int takeoption(MakeOptions* options, char** words, int count)
         if (std::strcmp(words[0], option.name) != 0) {
             continue;
         }
-        if (count < 2) {
+        if (count < 2 || std::strncmp(words[1], "--", 2) == 0) { // the value was forgotten
             bad("%s needs a value", words[0]);
             return 0;
         }
@@ -177,6 +178,7 @@ int command_make(char** words, int count)
     if (!takeoptions(&options, words, count)) {
         return EXIT_BAD;
     }
+    stencil_progress_to_stderr = true;
     makemaze_forced_kind = options.kind;
     rnd_seed(options.seed);
     MazeGame game;

@@ -16,6 +16,7 @@ static void showreport(ReportRec* rec);
 
 void (*report_handler)(ReportRec* rec) = showreport;
 void (*report_exit)(int code) = std::exit;
+bool report_fatal_made;
 f64 report_start_time;
 i32 warnings_to_file = 1;
 i32 warnings_no_wait = 0;
@@ -104,6 +105,7 @@ i32 report_inner(const char* file, i32 line, ReportType type, const char* messag
     } else {
         rec.message = const_cast<char*>(message); // lent: freed only if owned
     }
+    report_fatal_made = report_fatal_made || type == REPORT_FATAL;
     freetext(toplevel()); // whatever the new type is
     if (own_level) {
         pushlevel(&rec);

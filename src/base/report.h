@@ -37,6 +37,7 @@ extern void (*report_handler)(ReportRec* rec);
 /// return in its place.
 extern void (*report_exit)(int code);
 
+extern bool report_fatal_made;    // a fatal report is ending the process: nothing is saved any more
 extern f64 report_start_time;     // timer_now at the first report
 extern i32 warnings_to_file;      // starts at 1
 extern i32 warnings_no_wait;      // starts at 0: a warning waits for a key on standard input

@@ -2,10 +2,13 @@
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -137,6 +140,64 @@ static void checkold(WholeFile* file, const struct stat* old)
     }
 }
 
+// Takes a lock without waiting. Gives 0 or the number of the error, EWOULDBLOCK if another has it.
+static int takelock(int handle)
+{
+    while (flock(handle, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+// Removes a new file that nobody writes any more: its writer would hold its lock.
+static void removestale(const char* path)
+{
+    const int handle = open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (handle < 0) {
+        return;
+    }
+    struct stat opened;
+    struct stat named; // it may have got another name before it was locked here
+    if (fstat(handle, &opened) == 0 && S_ISREG(opened.st_mode) && takelock(handle) == 0 &&
+        lstat(path, &named) == 0 && named.st_dev == opened.st_dev &&
+        named.st_ino == opened.st_ino) {
+        unlink(path);
+    }
+    close(handle);
+}
+
+// The beginning that the names of all new files for `name` share; 300 chars have room for the rest.
+static int tempname(char* out, const char* name)
+{
+    return std::snprintf(out, 300, ".%.200s.new-", name);
+}
+
+// Removes what runs that were cut off have left, which also makes room on a full disk. What can't be
+// removed stays.
+static void clearstale(const WholeFile* file)
+{
+    char folder[WHOLEFILE_PATH];
+    const char* name;
+    char beginning[300];
+    splitpath(file->path, folder, &name);
+    const size_t size = static_cast<size_t>(tempname(beginning, name));
+    DIR* const list = opendir(folder);
+    if (list == nullptr) {
+        return;
+    }
+    for (const dirent* entry = readdir(list); entry != nullptr; entry = readdir(list)) {
+        char path[WHOLEFILE_PATH];
+        if (std::strncmp(entry->d_name, beginning, size) == 0 && entry->d_name[size] != 0 &&
+            entry->d_name[size + std::strspn(entry->d_name + size, "-0123456789")] == 0 &&
+            joinpath(path, folder, entry->d_name)) {
+            removestale(path);
+        }
+    }
+    closedir(list);
+}
+
 static int opennew(const char* path)
 {
     int handle;
@@ -146,7 +207,27 @@ static int opennew(const char* path)
     return handle;
 }
 
-// Makes the new file. A name that a run which was cut off has left behind is passed over.
+// Locks a new file, so that no other process takes it for one that was left behind. False if one has
+// done so already. Where there are no locks nobody removes anything.
+static bool claim(int handle)
+{
+    struct stat now;
+    return takelock(handle) != EWOULDBLOCK && (fstat(handle, &now) != 0 || now.st_nlink > 0);
+}
+
+// Makes a new file of its own. Gives its handle, or -1 and errno: EEXIST if the name is another's.
+static int maketemp(const char* path)
+{
+    const int handle = opennew(path);
+    if (handle >= 0 && !claim(handle)) {
+        close(handle);
+        errno = EEXIST;
+        return -1;
+    }
+    return handle;
+}
+
+// Makes the new file. A name that is in use, or was left behind and can't be removed, is passed over.
 static void opentemp(WholeFile* file)
 {
     char folder[WHOLEFILE_PATH];
@@ -154,16 +235,15 @@ static void opentemp(WholeFile* file)
     splitpath(file->path, folder, &name);
     for (i32 i = 1; i <= MAXTEMPS; i++) { // upward, the plain name first
         char temp[300];
-        const int end =
-            std::snprintf(temp, sizeof temp, ".%.200s.new-%ld", name, static_cast<long>(getpid()));
-        if (i > 1) {
-            std::snprintf(temp + end, sizeof temp - static_cast<size_t>(end), "-%d", i);
-        }
+        char* const end = temp + tempname(temp, name);
+        const size_t room = sizeof temp - static_cast<size_t>(end - temp);
+        const long process = getpid();
+        std::snprintf(end, room, i > 1 ? "%ld-%d" : "%ld", process, i);
         if (!joinpath(file->temp, folder, temp)) {
             errno = ENAMETOOLONG;
             break;
         }
-        file->handle = opennew(file->temp);
+        file->handle = maketemp(file->temp);
         if (file->handle >= 0 || errno != EEXIST) {
             break;
         }
@@ -191,42 +271,53 @@ static void takeover(WholeFile* file, const struct stat* old)
     }
 }
 
-static void makebuffer(WholeFile* file)
+static void startfile(WholeFile* file)
 {
-    if (!file->failed) {
-        file->buf = static_cast<u8*>(std::malloc(BUFFER_SIZE));
+    // a write beyond the limit of a file's size is to fail like any other, not to end the process
+    std::signal(SIGXFSZ, SIG_IGN);
+    *file = {};
+    file->handle = -1;
+    file->guard = -1;
+}
+
+static void makefile(WholeFile* file)
+{
+    if (file->failed) {
+        return;
+    }
+    clearstale(file);
+    opentemp(file);
+    if (file->failed) {
+        return;
+    }
+    file->guard = fcntl(file->handle, F_DUPFD_CLOEXEC, 0);
+    file->buf = static_cast<u8*>(std::malloc(BUFFER_SIZE));
+    if (file->buf == nullptr) {
+        fail(file, "Could not write", file->path, ENOMEM);
     }
 }
 
 void wholefile_begin(WholeFile* file, const char* path)
 {
-    *file = {};
-    file->handle = -1;
+    startfile(file);
     struct stat old;
     const bool replaces = resolve(file, path, &old);
     if (replaces) {
         checkold(file, &old);
     }
-    if (!file->failed) {
-        opentemp(file);
-    }
+    makefile(file);
     if (!file->failed && replaces) {
         takeover(file, &old);
     }
-    makebuffer(file);
 }
 
 void wholefile_begin_numbered(WholeFile* file, const char* path)
 {
-    *file = {};
-    file->handle = -1;
+    startfile(file);
     file->numbered = true;
     copypath(file->path, path);
     resolvenew(file, path);
-    if (!file->failed) {
-        opentemp(file);
-    }
-    makebuffer(file);
+    makefile(file);
 }
 
 static void writeout(WholeFile* file, const u8* bytes, size_t size)
@@ -279,21 +370,32 @@ static void closefile(WholeFile* file)
     file->handle = -1;
 }
 
-// Makes the rename safe. A folder that can't be read can't be synced, and some file systems have no
-// such thing as a sync of a folder; neither is a failure.
+static int openfolder(const char* folder)
+{
+    int handle;
+    do {
+        handle = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    } while (handle < 0 && errno == EINTR);
+    return handle;
+}
+
+// Makes the rename safe. A folder that the user may not read can't be synced, and some file systems
+// have no such thing as a sync of a folder; neither is told.
 static void syncfolder(WholeFile* file)
 {
     char folder[WHOLEFILE_PATH];
     const char* name;
     splitpath(file->path, folder, &name);
-    const int handle = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (handle < 0) {
-        return;
+    const int handle = openfolder(folder);
+    const int error = handle >= 0 && sync(handle) == 0 ? 0 : errno;
+    const bool harmless = handle < 0 ? error == EACCES : error == EINVAL;
+    if (error != 0 && !harmless) {
+        tell(file->why, "The disk may not have all yet of the new %s: %s", file->path,
+             std::strerror(error));
     }
-    if (sync(handle) != 0 && errno != EINVAL) {
-        fail(file, "The disk may not have all yet of the new", file->path, errno);
+    if (handle >= 0) {
+        close(handle);
     }
-    close(handle);
 }
 
 // Puts a number before the ending of the file's name: maze_save-2.dat.
@@ -364,7 +466,12 @@ static void replace(WholeFile* file)
     }
     if (file->failed) {
         unlink(file->temp);
-    } else {
+    }
+    if (file->guard >= 0) {
+        close(file->guard);
+        file->guard = -1;
+    }
+    if (!file->failed) {
         syncfolder(file);
     }
 }
@@ -381,14 +488,15 @@ bool wholefile_end(WholeFile* file)
 }
 
 // Reads on from `handle` into a buffer that grows, since the size that a file claims need not be
-// true. Gives 0 or the number of the error.
-static int readall(int handle, size_t expected, u8** bytes, size_t* size)
+// true. Gives 0 or the number of the error, EFBIG for more than `most` bytes.
+static int readall(int handle, size_t expected, size_t most, u8** bytes, size_t* size)
 {
     size_t capacity = expected + 2; // the byte behind, and one for seeing the end
-    u8* buf = static_cast<u8*>(std::malloc(capacity));
+    u8* buf = expected <= most ? static_cast<u8*>(std::malloc(capacity)) : nullptr;
     size_t used = 0;
-    ssize_t n = buf != nullptr ? 1 : 0;
     int error = buf != nullptr ? 0 : ENOMEM;
+    error = expected <= most ? error : EFBIG;
+    ssize_t n = 1;
     while (n != 0 && error == 0) {
         n = read(handle, buf + used, capacity - 1 - used);
         if (n < 0) {
@@ -396,7 +504,9 @@ static int readall(int handle, size_t expected, u8** bytes, size_t* size)
             continue;
         }
         used += static_cast<size_t>(n);
-        if (used == capacity - 1) {
+        if (used > most) {
+            error = EFBIG;
+        } else if (used == capacity - 1) {
             capacity *= 2;
             u8* const larger = static_cast<u8*>(std::realloc(buf, capacity));
             error = larger != nullptr ? 0 : ENOMEM;
@@ -429,7 +539,7 @@ static WholeFileRead unreadable(const char* path, const char* reason, char* why)
     return WHOLEFILE_UNREADABLE;
 }
 
-WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why)
+WholeFileRead wholefile_readmost(const char* path, size_t most, u8** bytes, size_t* size, char* why)
 {
     *bytes = nullptr;
     *size = 0;
@@ -445,13 +555,18 @@ WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* w
     int error = fstat(handle, &now) == 0 ? 0 : errno;
     const bool ordinary = error != 0 || S_ISREG(now.st_mode) || S_ISDIR(now.st_mode);
     if (error == 0 && ordinary) { // of a folder the first read fails
-        error = readall(handle, static_cast<size_t>(now.st_size), bytes, size);
+        error = readall(handle, static_cast<size_t>(now.st_size), most, bytes, size);
     }
     close(handle);
     if (error != 0 || !ordinary) {
         return unreadable(path, ordinary ? std::strerror(error) : special, why);
     }
     return WHOLEFILE_READ;
+}
+
+WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why)
+{
+    return wholefile_readmost(path, SIZE_MAX, bytes, size, why);
 }
 
 bool wholefile_setaside(const char* path, char* newname, char* why)
@@ -479,17 +594,17 @@ bool wholefile_setaside(const char* path, char* newname, char* why)
 WholeFileLock wholefile_lock(const char* folder, int* handle)
 {
     *handle = -1;
-    const int opened = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int opened = openfolder(folder);
     if (opened < 0) {
         return WHOLEFILE_LOCKLESS;
     }
-    if (flock(opened, LOCK_EX | LOCK_NB) == 0) {
+    const int error = takelock(opened);
+    if (error == 0) {
         *handle = opened;
         return WHOLEFILE_LOCKED;
     }
-    const bool taken = errno == EWOULDBLOCK;
     close(opened);
-    return taken ? WHOLEFILE_TAKEN : WHOLEFILE_LOCKLESS;
+    return error == EWOULDBLOCK ? WHOLEFILE_TAKEN : WHOLEFILE_LOCKLESS;
 }
 
 void wholefile_unlock(int handle)

@@ -5,7 +5,12 @@
 // the folder is synced; until the rename the old file stands untouched. A path that is a symbolic
 // link to a file is kept as a link: what it points to is replaced. A link that leads nowhere, a folder,
 // a device and a write-protected file are refused. The permission bits of the old file are kept, and
-// its owner where the system lets it. Failures are told by a text, never by ending the process.
+// its owner where the system lets it. Failures are told by a text, never by ending the process: from
+// the first replacement on SIGXFSZ is ignored, so that the limit of a file's size is one of them.
+//
+// Until it has its name the new file is called .NAME.new-PROCESS and is locked by its writer. A run that
+// is killed meanwhile leaves it behind, without the lock; the next replacement of the same file removes
+// it. What another process is writing is never removed. Where there are no locks such files stay.
 //
 // A folder can be locked against other processes, so that one of them alone replaces its files.
 #pragma once
@@ -18,6 +23,7 @@ enum { WHOLEFILE_PATH = 4096, WHOLEFILE_WHY = 5000 };
 
 struct WholeFile {
     int handle;                // of the new file, -1 if there is none
+    int guard;                 // keeps the lock of the new file until it has its name, or -1
     bool failed;               // a step has failed; later steps do nothing
     bool numbered;             // it gets a free name, and replaces nothing
     u8* buf;                   // owned, bytes not yet written
@@ -38,10 +44,10 @@ void wholefile_begin_numbered(WholeFile* file, const char* path);
 /// Appends bytes. Does nothing if a step has failed.
 void wholefile_put(WholeFile* file, const void* bytes, size_t size);
 
-/// Ends the replacement: true if the file at `path` is now the new one, safe on the disk. Otherwise
-/// the old one is whole, the new one is gone, and `why` tells what happened; only if the very last
-/// step fails, the sync of the folder, the new one is in place already. A new file by its number ends
-/// the same way, but for the old one.
+/// Ends the replacement: true if the file at `path` is now the new one. It is safe on the disk if `why`
+/// is empty; otherwise the very last step has failed, the sync of the folder, and after a loss of power
+/// the old one may be back. False if the old one is whole and the new one is gone; `why` tells what
+/// happened. A new file by its number ends the same way, but for the old one.
 bool wholefile_end(WholeFile* file);
 
 enum WholeFileRead { WHOLEFILE_READ, WHOLEFILE_MISSING, WHOLEFILE_UNREADABLE };
@@ -51,6 +57,10 @@ enum WholeFileRead { WHOLEFILE_READ, WHOLEFILE_MISSING, WHOLEFILE_UNREADABLE };
 /// leads nowhere among them) give a null `*bytes`; for the latter `why` (WHOLEFILE_WHY chars) tells
 /// what happened.
 WholeFileRead wholefile_read(const char* path, u8** bytes, size_t* size, char* why);
+
+/// The same, but a file of more than `most` bytes can't be read. Takes memory for twice `most` at most.
+WholeFileRead wholefile_readmost(const char* path, size_t most, u8** bytes, size_t* size,
+                                 char* why);
 
 /// Renames a file out of the way: to path.bad, or path.bad-2 and so on if that exists. `newname`
 /// (WHOLEFILE_PATH chars) receives the name. False if the file could not be renamed, with `why` as

@@ -3,6 +3,7 @@
 // turn, and the graph of those alone is searched. It shrinks with each turn, whatever comes of it, and
 // where a node is left with one edge in it that edge is known to be a bridge and leaves it too.
 #include "generate/carve.h"
+#include "generate/faces.h"
 #include "generate/flatgraph.h"
 #include "generate/stream.h"
 
@@ -15,9 +16,11 @@ enum { SEARCH_TRIES = 20 };
 struct Corridors {
     FlatGraph graph;
     EdgePair* pairs;
-    u8* degree;                    // edges of each node as the carving stands
-    u8* done;                      // bit i: slot i has had its turn; only where edges are doubled
-    u8* nwaiting;                  // edges of each node that may lie on a cycle
+    Faces faces;
+    bool faced;   // the faces are known: nothing below but the degrees and the stream is used
+    u8* degree;   // edges of each node as the carving stands
+    u8* done;     // bit i: slot i has had its turn; only where edges are doubled
+    u8* nwaiting; // edges of each node that may lie on a cycle
     i32 (*waiting)[MAZE_MAXEDGES]; // their other ends
     i32 left;                      // their number in the whole graph
     i32* queue;                    // the nodes of a search: of one end from the front, of the other
@@ -81,12 +84,9 @@ static void listwaiting(Corridors* c, i32 node)
     c->nwaiting[node] = static_cast<u8>(n);
 }
 
-static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
+static void setupsearch(Corridors* c, Scratch* scratch)
 {
-    FlatGraph_init(&c->graph, maze, scratch);
     const i32 n = c->graph.count;
-    c->pairs = FlatGraph_shuffledpairs(&c->graph, scratch);
-    c->degree = Scratch_array<u8>(scratch, n);
     c->done = Scratch_array<u8>(scratch, n);
     c->nwaiting = Scratch_array<u8>(scratch, n);
     c->waiting = Scratch_array<i32[MAZE_MAXEDGES]>(scratch, n);
@@ -94,9 +94,6 @@ static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
     c->stamps = Scratch_array<u32>(scratch, n);
     c->stamp = 0;
     c->left = 0;
-    c->state = rnd_state();
-    c->draws = 0;
-    std::memcpy(c->degree, c->graph.nedges, static_cast<size_t>(n));
     std::memset(c->done, 0, static_cast<size_t>(n));
     std::memset(c->stamps, 0, static_cast<size_t>(n) * sizeof(u32));
     for (i32 i = n - 1; i >= 0; i--) {
@@ -104,6 +101,20 @@ static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
     }
     for (i32 i = n - 1; i >= 0; i--) {
         peel(c, i);
+    }
+}
+
+static void setup(Corridors* c, const Maze* maze, Scratch* scratch)
+{
+    FlatGraph_init(&c->graph, maze, scratch);
+    c->pairs = FlatGraph_shuffledpairs(&c->graph, scratch);
+    c->state = rnd_state();
+    c->draws = 0;
+    c->degree = Scratch_array<u8>(scratch, c->graph.count);
+    std::memcpy(c->degree, c->graph.nedges, static_cast<size_t>(c->graph.count));
+    c->faced = !c->graph.doubled && Faces_init(&c->faces, &c->graph, scratch);
+    if (!c->faced) {
+        setupsearch(c, scratch);
     }
 }
 
@@ -162,6 +173,9 @@ static void lessdegree(Corridors* c, EdgePair pair, i32 n)
 // Whether an edge that waits for its turn can go. It waits no longer.
 static bool needless(Corridors* c, EdgePair pair)
 {
+    if (c->faced) {
+        return Faces_delete(&c->faces, pair.a, pair.b);
+    }
     if (!waits(c, pair.a, pair.b)) {
         return false;
     }
@@ -201,40 +215,59 @@ static bool bothends(const u8* degree, EdgePair pair)
     return degree[pair.a] + degree[pair.b] <= 4;
 }
 
+// Exchanges the last of `r` edges at random while it is `poor`. Returns the number of tries.
+template <typename Edge, typename Poor> static u32 avoid(Edge* edges, i32 r, u32* state, Poor poor)
+{
+    Edge edge = edges[r - 1];
+    u32 tries = 0;
+    while (tries < SEARCH_TRIES && poor(edge)) {
+        edges[r - 1] = edge; // may be drawn too
+        const i32 j = stream_index(state, r);
+        const Edge other = edges[j];
+        edges[j] = edge;
+        edge = other;
+        tries++;
+    }
+    edges[r - 1] = edge;
+    return tries;
+}
+
 // Brings a pair whose ends are not poor in edges to the end of the first `r`, if the tries find one.
 static void choose(Corridors* c, i32 r)
 {
     const u8* const degree = c->degree;
-    EdgePair* const pairs = c->pairs;
-    EdgePair* const last = pairs + r - 1;
     u32 state = c->state;
-    u32 swaps = 0;
-    for (i32 tries = 0; tries < SEARCH_TRIES && anyend(degree, *last); tries++) {
-        std::swap(*last, pairs[stream_index(&state, r)]);
-        swaps++;
-    }
-    for (i32 tries = 0; tries < SEARCH_TRIES && bothends(degree, *last); tries++) {
-        std::swap(*last, pairs[stream_index(&state, r)]);
-        swaps++;
-    }
+    u32 tries =
+        avoid(c->pairs, r, &state, [degree](EdgePair pair) { return anyend(degree, pair); });
+    tries += avoid(c->pairs, r, &state, [degree](EdgePair pair) { return bothends(degree, pair); });
     c->state = state;
-    c->draws += 2 * swaps;
+    c->draws += 2 * tries;
 }
 
+enum : u8 { POOR_ANYEND = 1, POOR_BOTHENDS = 2 };
+
 // Gives the last `r` turns where none of them can delete an edge any more, so that only the draws
-// count: as many as there can be once all edges that are left have poor ends.
-static void finish(Corridors* c, i32 r)
+// count, and of an edge no more than how poor its ends are. Once all that are left are poor in both
+// ways they take as many draws as they can.
+static void finish(Corridors* c, i32 r, Scratch* scratch)
 {
+    u8* const edges = Scratch_array<u8>(scratch, r);
     i32 rich = 0;
     for (i32 i = r - 1; i >= 0; i--) {
-        FlatGraph_keep(&c->graph, c->pairs[i].a, c->pairs[i].b);
-        rich += bothends(c->degree, c->pairs[i]) ? 0 : 1;
+        const EdgePair pair = c->pairs[i];
+        FlatGraph_keep(&c->graph, pair.a, pair.b);
+        const bool both = bothends(c->degree, pair);
+        edges[i] = static_cast<u8>((anyend(c->degree, pair) ? POOR_ANYEND : 0) |
+                                   (both ? POOR_BOTHENDS : 0));
+        rich += both ? 0 : 1;
     }
+    u32 tries = 0;
     for (; rich > 0; r--) {
-        choose(c, r);
-        rich -= bothends(c->degree, c->pairs[r - 1]) ? 0 : 1;
+        tries += avoid(edges, r, &c->state, [](u8 edge) { return (edge & POOR_ANYEND) != 0; });
+        tries += avoid(edges, r, &c->state, [](u8 edge) { return (edge & POOR_BOTHENDS) != 0; });
+        rich -= (edges[r - 1] & POOR_BOTHENDS) == 0 ? 1 : 0;
     }
-    c->draws += 2 * 2 * SEARCH_TRIES * static_cast<u32>(r);
+    c->draws += 2 * (tries + 2 * SEARCH_TRIES * static_cast<u32>(r));
 }
 
 void makemaze_corridors(Maze* maze)
@@ -243,12 +276,13 @@ void makemaze_corridors(Maze* maze)
     Corridors c;
     setup(&c, maze, &scratch);
     i32 r = c.graph.npairs;
+    const i32* const left = c.faced ? &c.faces.left : &c.left;
     // a doubled edge changes degrees even when it stays
-    for (; r >= 1 && (c.left > 0 || c.graph.doubled); r--) {
+    for (; r >= 1 && (*left > 0 || c.graph.doubled); r--) {
         choose(&c, r);
         taketurn(&c, c.pairs[r - 1]);
     }
-    finish(&c, r);
+    finish(&c, r, &scratch);
     rnd_skip(c.draws);
     FlatGraph_carve(&c.graph, maze);
     Scratch_free(&scratch);

@@ -1,5 +1,6 @@
 #include "generate/grids.h"
 
+#include "generate/nodehash.h"
 #include "generate/slots.h"
 
 #include <cstdlib>
@@ -50,48 +51,6 @@ Maze* grid_red(i32 i)
     Maze* const maze = grid_maze(n, n, 1);
     Maze_setcolour(maze, 0xC04040);
     return maze;
-}
-
-// Welds a face, handed over and moved by `v`, to a box, handed over. Returns the larger box.
-static Maze* addface(Maze* box, Maze* face, f64 x, f64 y, f64 z)
-{
-    const f64 v[3] = {x, y, z};
-    Maze_translate(face, v, true);
-    Maze* const result = Maze_welded(box, face);
-    Maze_free(box, true);
-    Maze_free(face, true);
-    return result;
-}
-
-Maze* box_maze(i32 a, i32 b, i32 c)
-{
-    Maze* box = Maze_new();
-    box = addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, 0);
-    box = addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, c);
-    box = addface(box, grid_maze(a + 1, 1, c + 1), 0, 0, 0);
-    box = addface(box, grid_maze(a + 1, 1, c + 1), 0, b, 0);
-    box = addface(box, grid_maze(1, b + 1, c + 1), 0, 0, 0);
-    box = addface(box, grid_maze(1, b + 1, c + 1), a, 0, 0);
-    return box;
-}
-
-// The node of `maze` that lies on a point, -1 if none is near enough. The highest number wins a tie.
-static i32 nodeat(const Maze* maze, const f64 p[3])
-{
-    f64 best = 9e99;
-    i32 found = -1;
-    for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
-        const f64* const q = Maze_node(maze, i)->pos;
-        const f64 dx = q[0] - p[0];
-        const f64 dy = q[1] - p[1];
-        const f64 dz = q[2] - p[2];
-        const f64 distance2 = dx * dx + dy * dy + dz * dz;
-        if (distance2 < best) {
-            best = distance2;
-            found = i;
-        }
-    }
-    return best <= weldlimit2 ? found : -1;
 }
 
 static void colourslots(MazeNode* node, i32 target, u32 colour)
@@ -150,18 +109,27 @@ static void moveedges(Maze* maze, i32 i, const i32* map, i32 na)
     }
 }
 
-Maze* Maze_welded(const Maze* a, const Maze* b)
+// For each of the first `na` nodes of the merged maze, which were those before `b` came, the number of
+// the node of `b` that replaces it, or -1.
+static i32* newmap(const Maze* maze, i32 na, const Maze* b)
 {
-    Maze* const maze = Maze_merged(a, b);
-    const i32 na = Maze_count(a);
-    if (na == 0) {
-        return maze;
-    }
     i32* const map = static_cast<i32*>(std::calloc(static_cast<size_t>(na), sizeof(i32)));
+    NodeHash* const hash = NodeHash_new(b);
     for (i32 i = na - 1; i >= 0; i--) {
-        const i32 found = nodeat(b, Maze_node(a, i)->pos);
+        const i32 found = NodeHash_nearest(hash, Maze_node(maze, i)->pos, weldlimit2);
         map[i] = found >= 0 ? found + na : -1;
     }
+    NodeHash_free(hash);
+    return map;
+}
+
+// Makes one graph of the first `na` nodes of a maze and those behind them, which are those of `b`.
+static void weld(Maze* maze, i32 na, const Maze* b)
+{
+    if (na == 0) {
+        return;
+    }
+    i32* const map = newmap(maze, na, b);
     // forward, as room for edges goes to the lowest numbers first
     for (i32 i = 0; i < na; i++) {
         if (map[i] < 0) {
@@ -174,5 +142,32 @@ Maze* Maze_welded(const Maze* a, const Maze* b)
         }
     }
     std::free(map);
+}
+
+Maze* Maze_welded(const Maze* a, const Maze* b)
+{
+    Maze* const maze = Maze_merged(a, b);
+    weld(maze, Maze_count(a), b);
     return maze;
+}
+
+// Moves a face, handed over, and welds it to a box.
+static void addface(Maze* box, Maze* face, f64 x, f64 y, f64 z)
+{
+    const f64 v[3] = {x, y, z};
+    Maze_translate(face, v, true);
+    weld(box, Maze_append(box, face), face);
+    Maze_free(face, true);
+}
+
+Maze* box_maze(i32 a, i32 b, i32 c)
+{
+    Maze* const box = Maze_new();
+    addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, 0);
+    addface(box, grid_maze(a + 1, b + 1, 1), 0, 0, c);
+    addface(box, grid_maze(a + 1, 1, c + 1), 0, 0, 0);
+    addface(box, grid_maze(a + 1, 1, c + 1), 0, b, 0);
+    addface(box, grid_maze(1, b + 1, c + 1), 0, 0, 0);
+    addface(box, grid_maze(1, b + 1, c + 1), a, 0, 0);
+    return box;
 }

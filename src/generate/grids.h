@@ -23,6 +23,7 @@ Maze* box_maze(i32 a, i32 b, i32 c);
 
 /// Union of two mazes in which a node of `a` within 0.75 of a node of `b` is replaced by it: the kept
 /// nodes of `a` keep their edges, which lead to `b`'s nodes. An edge between two replaced nodes goes,
-/// and so does one that would be a ninth. Time grows with the product of the sizes. Trusts that the
-/// nodes of `b` which replace others hold no submazes.
+/// and so does one that would be a ninth. Of several nodes of `b` the nearest replaces, of several at one
+/// distance that with the highest number. Time grows with the sum of the sizes. Trusts that the nodes
+/// of `b` which replace others hold no submazes.
 Maze* Maze_welded(const Maze* a, const Maze* b);

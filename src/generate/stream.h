@@ -8,7 +8,8 @@
 inline u32 stream_bits(u32* state)
 {
     const u32 low = rnd_next(*state);
-    *state = rnd_next(low);
+    // both draws in one step, so that a loop doesn't wait for one after the other
+    *state = *state * (RND_FACTOR * RND_FACTOR) + (RND_STEP * RND_FACTOR + RND_STEP);
     return static_cast<u32>(rnd_drawn(low)) | static_cast<u32>(rnd_drawn(*state)) << 15;
 }
 

@@ -1,8 +1,8 @@
 // The draws of one thinning follow a fixed order of edges, as long as no two nodes are joined more
 // than once, and the stream is linear: the state after k draws is A s + C with factors that depend on
-// k alone. So an attempt is searched without being made: from all terminals at once, a node of each in
-// turn, and an edge is drawn when the search meets it. Most attempts end after a few nodes, where one
-// of the terminals turns out to be cut off.
+// k alone. So an attempt is searched without being made: from all terminals at once, node by node, and
+// an edge is drawn when the search meets it. Most attempts end after a few nodes, where one of the
+// terminals turns out to be cut off.
 #include "generate/carve.h"
 #include "generate/flatgraph.h"
 #include "generate/stream.h"
@@ -188,7 +188,8 @@ static void advance(Search* search, Threshold* t, i32 terminal)
     search->tail[terminal] = tail;
 }
 
-// Whether a terminal that has come to its end is cut off: no other that it has met goes on.
+// Whether a terminal that has come to its end is cut off: no other that it has met goes on. While there
+// are parts that have not met, one terminal of each goes on, or its last one was found cut off.
 static bool cutoff(const Search* search, const Threshold* t, i32 terminal)
 {
     for (i32 i = t->nterminals - 1; i >= 0; i--) {
@@ -199,23 +200,58 @@ static bool cutoff(const Search* search, const Threshold* t, i32 terminal)
     return true;
 }
 
+// The terminal that goes on: the one with the fewest nodes waiting, which is the likeliest to be cut
+// off. Any order finds the same. Trusts that one has a node waiting.
+static i32 choose(const Search* search, const Threshold* t)
+{
+    i32 chosen = 0;
+    i32 least = t->graph.count + 1;
+    for (i32 i = t->nterminals - 1; i >= 0; i--) {
+        const i32 waiting = search->tail[i] - search->head[i];
+        const bool better = waiting > 0 && waiting < least;
+        chosen = better ? i : chosen;
+        least = better ? waiting : least;
+    }
+    return chosen;
+}
+
+// Whether a terminal loses all its edges, which ends most attempts before a search. All terminals are
+// looked at, since a branch for each would cost more.
+static bool isolated(const Threshold* t, u32 state, u32 limit)
+{
+    bool any = false;
+    for (i32 i = t->nterminals - 1; i >= 0; i--) {
+        const i32 node = t->terminals[i];
+        const Slot* const end = t->slots + t->first[node + 1];
+        u32 least = DRAWBITS;
+        for (const Slot* slot = t->slots + t->first[node]; slot < end; slot++) { // in any order
+            const u32 bits = (slot->factor * state + slot->step) & DRAWBITS;
+            least = bits < least ? bits : least;
+        }
+        any |= least >= limit;
+    }
+    return any;
+}
+
 // Whether the terminals hang together in the thinning that begins at `state`, or that `slots` tell.
 static bool usable(Threshold* t, u32 state, f64 keep)
 {
     if (t->nterminals < 2) {
         return false;
     }
+    const u32 limit = static_cast<u32>(keep * 0x1p31);
+    if (isolated(t, state, limit)) {
+        return false;
+    }
     Search search;
     search.state = state;
-    search.limit = static_cast<u32>(keep * 0x1p31);
+    search.limit = limit;
     startsearch(&search, t);
     while (search.parts > 1) {
-        for (i32 i = t->nterminals - 1; i >= 0 && search.parts > 1; i--) {
-            if (search.head[i] < search.tail[i]) {
-                advance(&search, t, i);
-            } else if (cutoff(&search, t, i)) {
-                return false;
-            }
+        const i32 next = choose(&search, t);
+        advance(&search, t, next);
+        if (search.head[next] == search.tail[next] && cutoff(&search, t, next)) {
+            return false;
         }
     }
     return true;

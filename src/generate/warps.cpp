@@ -34,13 +34,27 @@ u32 place_colour(const f64 p[3])
     return rgb_pack(r, g, b);
 }
 
-// place_colour of the middle between two points
-static u32 edgecolour(const f64 a[3], const f64 b[3])
+// place_colour of the middle between two nodes, of which `a` has its colour. Most edges run along an
+// axis, and the middle shares two channels with the ends then: 2 c / 20 is c / 10 to the last bit.
+static u32 edgecolour(const MazeNode* a, const MazeNode* b)
 {
-    const f64 red = placechannel((a[0] + b[0]) * 0.05);
-    const f64 green = placechannel((a[1] + b[1]) * 0.05);
-    const f64 blue = placechannel((a[2] + b[2]) * 0.05);
-    return rgb_pack(red, green, blue);
+    u32 colour = 0;
+    for (i32 k = 2; k >= 0; k--) {
+        const i32 shift = 16 - 8 * k;
+        const u32 own = a->rec.colour >> shift & 0xFF;
+        const bool same = a->pos[k] == b->pos[k];
+        colour |= (same ? own : channel(placechannel((a->pos[k] + b->pos[k]) * 0.05))) << shift;
+    }
+    return colour;
+}
+
+static void colourslots(MazeNode* node, i32 target, u32 colour)
+{
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        if (node->edges[slot] == target) {
+            node->edgerec[slot].colour = colour;
+        }
+    }
 }
 
 void Maze_setcolourdeep(Maze* maze, u32 colour, bool recursive)
@@ -57,18 +71,32 @@ void Maze_setcolourdeep(Maze* maze, u32 colour, bool recursive)
     }
 }
 
+// Colours the edges of node i to lower nodes, in both directions, which have one colour.
+static void paintedges(Maze* maze, i32 i)
+{
+    MazeNode* const node = Maze_node(maze, i);
+    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
+        const i32 target = node->edges[slot];
+        if (target <= i) {
+            MazeNode* const end = Maze_node(maze, target);
+            node->edgerec[slot].colour = edgecolour(node, end);
+            colourslots(end, i, node->edgerec[slot].colour);
+        }
+    }
+}
+
 void Maze_paintbyplace(Maze* maze)
 {
     for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
         MazeNode* const node = Maze_node(maze, i);
         node->rec.colour = place_colour(node->pos);
-        for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
-            const f64* const end = Maze_node(maze, node->edges[slot])->pos;
-            node->edgerec[slot].colour = edgecolour(node->pos, end);
-        }
         if (node->sub != nullptr) {
             Maze_paintbyplace(node->sub);
         }
+    }
+    // the nodes were read in a row, and are at hand now in whatever order the edges want them
+    for (i32 i = Maze_count(maze) - 1; i >= 0; i--) {
+        paintedges(maze, i);
     }
 }
 

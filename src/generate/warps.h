@@ -14,7 +14,8 @@ u32 place_colour(const f64 p[3]);
 /// One colour for all nodes and edges; with `recursive` of all levels.
 void Maze_setcolourdeep(Maze* maze, u32 colour, bool recursive);
 
-/// Colours all levels by place: a node by its position, an edge by its midpoint.
+/// Colours all levels by place: a node by its position, an edge by its midpoint. Trusts that edges are
+/// symmetric.
 void Maze_paintbyplace(Maze* maze);
 
 /// Hills: z += 4 (sin(x / 4) + sin(y / 4)).

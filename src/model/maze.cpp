@@ -90,9 +90,8 @@ Maze* Maze_clone(const Maze* maze, bool recursive)
     return copy;
 }
 
-Maze* Maze_merged(const Maze* a, const Maze* b)
+i32 Maze_append(Maze* maze, const Maze* b)
 {
-    Maze* const maze = Maze_clone(a, true);
     const i32 first = Maze_count(maze);
     GrowArray_append(&maze->nodes, b->nodes.buf, b->nodes.count);
     for (i32 i = Maze_count(maze) - 1; i >= first; i--) {
@@ -102,6 +101,14 @@ Maze* Maze_merged(const Maze* a, const Maze* b)
         }
         clonesub(maze, i);
     }
+    Maze_drawsphere_stale(maze, false);
+    return first;
+}
+
+Maze* Maze_merged(const Maze* a, const Maze* b)
+{
+    Maze* const maze = Maze_clone(a, true);
+    Maze_append(maze, b);
     return maze;
 }
 

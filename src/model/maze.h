@@ -100,6 +100,10 @@ void Maze_free(Maze* maze, bool recursive);
 /// `recursive` the submazes are cloned too, otherwise the copy has none.
 Maze* Maze_clone(const Maze* maze, bool recursive);
 
+/// Appends clones of the nodes of another maze, with clones of their submazes. Returns the number of
+/// the first.
+i32 Maze_append(Maze* maze, const Maze* b);
+
 /// The disjoint union, owned by the caller: a recursive clone of `a`, then clones of the nodes of
 /// `b`, numbered from the node count of `a`.
 Maze* Maze_merged(const Maze* a, const Maze* b);

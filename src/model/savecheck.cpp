@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 /// A pass over blocks that are whole. The mazes whose blocks are open form a path from the root.
@@ -17,6 +18,7 @@ struct SaveCheck {
     i32 depth;                // open mazes
     i32 player;               // the player's node
     i32 marks;                // marked mazes so far
+    bool crossed;             // the ports of a maze are asked to be joined
     char* why;
 };
 
@@ -164,6 +166,47 @@ static bool checkways(SaveCheck* check, const size_t* places, i32 count)
     return true;
 }
 
+// Whether the inner edges of a maze lead from its first port to all others. `places` as above.
+static bool portsjoined(const SaveCheck* check, const size_t* places, const NodeCheck* want)
+{
+    const size_t count = static_cast<size_t>(want->count);
+    u8* const reached = static_cast<u8*>(std::calloc(count, 1));
+    i32* const queue = static_cast<i32*>(std::malloc(count * sizeof(i32)));
+    i32 ends = 1;
+    queue[0] = 0;
+    reached[0] = 1;
+    for (i32 at = 0; at < ends; at++) { // in the order reached
+        const u8* const block = check->bytes + places[queue[at]];
+        for (i32 i = i32_at(block + NODE_EDGECOUNT) - 1; i >= 0; i--) {
+            const i32 target = i32_at(block + NODE_EDGES + 4 * i);
+            if (reached[target] == 0) {
+                reached[target] = 1;
+                queue[ends++] = target;
+            }
+        }
+    }
+    bool joined = true;
+    for (i32 i = want->ports - 1; i >= 0; i--) {
+        joined = joined && reached[i] != 0;
+    }
+    std::free(reached);
+    std::free(queue);
+    return joined;
+}
+
+// Checks the edges of a maze whose nodes have been passed, the first of them at place number `first`.
+static bool checkedges(SaveCheck* check, u32 first, const NodeCheck* want)
+{
+    const size_t* const places = items<size_t>(&check->places) + first;
+    if (!checkways(check, places, want->count)) {
+        return false;
+    }
+    if (check->crossed && want->ports >= 2 && !portsjoined(check, places, want)) {
+        return fault(check, -1, "no way from port to port");
+    }
+    return true;
+}
+
 static bool checkmazehead(SaveCheck* check, NodeCheck* want)
 {
     const u8* const head = check->bytes + check->at;
@@ -233,8 +276,7 @@ static bool checkmaze(SaveCheck* check, i32 ports)
             return false;
         }
     }
-    if (!checkways(check, items<size_t>(&check->places) + first, want.count) ||
-        !checkmazeend(check, ports, walked)) {
+    if (!checkedges(check, first, &want) || !checkmazeend(check, ports, walked)) {
         return false;
     }
     check->places.count = first; // the maze is closed
@@ -279,7 +321,7 @@ static bool checkgame(const SaveCheck* check, size_t size)
     return checktail(check->bytes + tail, check->why);
 }
 
-SaveVerdict savefile_check(const u8* bytes, size_t size, char* why)
+static SaveVerdict judge(const u8* bytes, size_t size, bool crossed, char* why)
 {
     size_t end;
     *why = 0;
@@ -289,9 +331,20 @@ SaveVerdict savefile_check(const u8* bytes, size_t size, char* why)
     SaveCheck check = {};
     check.bytes = bytes;
     check.player = i32_at(bytes + end);
+    check.crossed = crossed;
     check.why = why;
     GrowArray_init(&check.places, sizeof(size_t));
     const bool sound = checkmaze(&check, 0) && checkgame(&check, size);
     GrowArray_free(&check.places);
     return sound ? SAVE_SOUND : SAVE_UNSOUND;
+}
+
+SaveVerdict savefile_check(const u8* bytes, size_t size, char* why)
+{
+    return judge(bytes, size, false, why);
+}
+
+SaveVerdict savefile_checkcrossed(const u8* bytes, size_t size, char* why)
+{
+    return judge(bytes, size, true, why);
 }

@@ -19,7 +19,8 @@ enum { SAVE_MAXLEVELS = 1000, SAVE_WHY = 6000 };
 void Maze_save(const Maze* maze, WholeFile* file, const Maze* current);
 
 /// Writes the game to `path`, replacing a file there whole. False if that failed: the old file is then
-/// as it was, and `why` (SAVE_WHY chars) tells what happened.
+/// as it was, and `why` (SAVE_WHY chars) tells what happened. True with a text in `why` if the new file
+/// is in place, but may not outlast a loss of power.
 bool MazeGame_save(const MazeGame* game, const char* path, char* why);
 
 /// Writes the game beside `path`, in a file that replaces none: maze_save-2.dat for maze_save.dat, or
@@ -45,6 +46,10 @@ enum SaveVerdict {
 /// count of nodes walked on, and no bit of exitsused above the ports. That the ports of a maze are
 /// joined is not asked for: a world can be played without, and must not be lost for it.
 SaveVerdict savefile_check(const u8* bytes, size_t size, char* why);
+
+/// The same, and asks as well that the ports of each maze are joined on its own level, as they are in
+/// every world that is generated: what loads and can't be crossed is SAVE_UNSOUND.
+SaveVerdict savefile_checkcrossed(const u8* bytes, size_t size, char* why);
 
 /// Builds a game from bytes that savefile_check has found sound. `out` is overwritten unread.
 void savefile_build(MazeGame* out, const u8* bytes, size_t size);

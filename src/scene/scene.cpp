@@ -60,9 +60,12 @@ static void drawstate(const MazeGame* game)
         return;
     }
     const size_t at = static_cast<size_t>(game->pos.node) * graph->states.elemsize;
+    const i32 x = gfx_width / 10; // whole pixels
+    const i32 y = gfx_height / 10;
+    const i32 size = gfx_height / 40;
     gfx_overlay_begin();
-    graph->label(graph->states.buf + at, graph->context, static_cast<f32>(gfx_width / 10),
-                 static_cast<f32>(gfx_height / 10), static_cast<f32>(gfx_height / 40));
+    graph->label(graph->states.buf + at, graph->context, static_cast<f32>(x), static_cast<f32>(y),
+                 static_cast<f32>(size));
     gfx_overlay_end();
 }
 

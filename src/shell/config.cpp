@@ -93,7 +93,8 @@ void config_load(ConfigList* out, const char* path, char separator)
     u8* bytes;
     size_t size;
     char why[WHOLEFILE_WHY];
-    const bool unreadable = wholefile_read(path, &bytes, &size, why) == WHOLEFILE_UNREADABLE;
+    const WholeFileRead read = wholefile_readmost(path, CONFIG_MAXBYTES, &bytes, &size, why);
+    const bool unreadable = read == WHOLEFILE_UNREADABLE;
     if (unreadable) {
         report_notice("config", 0, why);
     }
@@ -156,10 +157,25 @@ void config_set_bool(ConfigList* list, const char* name, i32 value)
     std::free(key);
 }
 
+static size_t textsize(const ConfigList* list)
+{
+    size_t size = 0;
+    for (i32 i = entrycount(list) - 1; i >= 0; i--) {
+        const ConfigEntry* const entry = entryat(list, i);
+        size += std::strlen(entry->key) + 3; // separator, blank, line end
+        size += entry->value != nullptr ? std::strlen(entry->value) : 0;
+    }
+    return size;
+}
+
 bool config_save(const ConfigList* list, const char* path, char separator, char* why)
 {
     if (list->unreadable) {
         std::snprintf(why, WHOLEFILE_WHY, "%s is left as it is, since it could not be read", path);
+        return false;
+    }
+    if (textsize(list) > CONFIG_MAXBYTES) { // of which nothing could be read at the next start
+        std::snprintf(why, WHOLEFILE_WHY, "There are more settings than %s may hold", path);
         return false;
     }
     const char between[] = {separator, ' '};

@@ -9,7 +9,10 @@
 
 #include <cstddef>
 
-enum { CONFIG_MAXPIXELS = 1000000000 }; // on either side of 0
+enum {
+    CONFIG_MAXPIXELS = 1000000000, // on either side of 0
+    CONFIG_MAXBYTES = 1 << 20,     // of a file
+};
 
 struct ConfigEntry {
     char* key;   // owned
@@ -26,7 +29,7 @@ struct ConfigList {
 void config_parse(ConfigList* out, const char* text, size_t size, char separator);
 
 /// Reads a file into a new list, owned by the caller. A missing file gives an empty list. A file that
-/// can't be read gives an empty list too and is told as a notice.
+/// can't be read, or is larger than CONFIG_MAXBYTES, gives an empty list too and is told as a notice.
 void config_load(ConfigList* out, const char* path, char separator);
 
 /// The value for a name: among the keys that begin with it the shortest wins, and of equal ones the
@@ -45,9 +48,10 @@ void config_set(ConfigList* list, const char* name, const char* value);
 /// Sets the key "NAME (Y/N)" to "Y" or "N".
 void config_set_bool(ConfigList* list, const char* name, i32 value);
 
-/// Writes all entries in order, replacing the file whole. False if that failed or if the list is of a
-/// file that could not be read; the old file then stands, and `why` (WHOLEFILE_WHY chars) tells what
-/// happened.
+/// Writes all entries in order, replacing the file whole. False if that failed, if the list is of a
+/// file that could not be read, or if the text would be larger than what is read; the old file then
+/// stands, and `why` (WHOLEFILE_WHY chars) tells what happened. True with a text in `why` if the new
+/// file is in place, but may not outlast a loss of power.
 bool config_save(const ConfigList* list, const char* path, char separator, char* why);
 
 /// Frees the list.

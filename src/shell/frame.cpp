@@ -12,6 +12,7 @@
 #include "model/savefile.h"
 #include "scene/scene.h"
 #include "scene/view.h"
+#include "shell/lastsave.h"
 #include "shell/numbers.h"
 
 #include <GL/gl.h>
@@ -32,6 +33,10 @@ enum { STEREO_MODES = 9 };
 static bool times_on;
 static f64 times_begin; // timer_now at the start of driver_start
 static f64 times_last;  // timer_now at the last lap
+
+// What is saved should a library end the process. Written by beginlastsave and driver_stop.
+static Driver* playing;
+static bool game_done; // driver_stop has saved the game, or told that it couldn't
 
 static void showtime(const char* step, f64 seconds)
 {
@@ -68,21 +73,24 @@ static void readstereodepth(Driver* driver)
     driver->stereo_depth = std::isfinite(depth) ? depth : 0.0;
 }
 
-static void tellunsaved(const char* what, const char* why)
+// True if a file is safe on the disk. Otherwise tells what became of it.
+static bool tellsaved(bool saved, const char* what, const char* where, const char* why)
 {
+    if (saved && why[0] == 0) {
+        return true;
+    }
     char message[SAVE_WHY + 100];
-    std::snprintf(message, sizeof message, "%s. %s", what, why);
+    std::snprintf(message, sizeof message, "%s %s %s. %s", what, saved ? "saved" : "not saved",
+                  where, why);
     report_notice("Corvane", 0, message);
+    return false;
 }
 
 static bool savesettings(const ConfigList* config)
 {
     char why[WHOLEFILE_WHY];
-    if (config_save(config, config_path, ':', why)) {
-        return true;
-    }
-    tellunsaved("The settings are not saved in config.txt", why);
-    return false;
+    const bool saved = config_save(config, config_path, ':', why);
+    return tellsaved(saved, "The settings are", "in config.txt", why);
 }
 
 static void readsettings(Driver* driver)
@@ -161,6 +169,99 @@ static void startgame(Driver* driver)
     driver->game = scratch;
 }
 
+// Tries once more to get a refused save out of the way, since the user may have made room for it, or
+// moved it. False if a file stays there, and `why` (SAVE_WHY chars) tells the reason.
+static bool clearway(char* why)
+{
+    u8* bytes;
+    size_t size;
+    const WholeFileRead read = wholefile_read(save_path, &bytes, &size, why);
+    if (read == WHOLEFILE_MISSING) {
+        return true;
+    }
+    const bool usable = read == WHOLEFILE_READ && savefile_check(bytes, size, why) == SAVE_SOUND;
+    std::free(bytes);
+    if (usable) {
+        std::snprintf(why, SAVE_WHY, "Another saved game has been put there");
+        return false;
+    }
+    char newname[WHOLEFILE_PATH];
+    if (!wholefile_setaside(save_path, newname, why)) {
+        return false;
+    }
+    char message[WHOLEFILE_PATH + 100];
+    std::snprintf(message, sizeof message, "The saved game that can't be used is now %s.", newname);
+    report_notice("Corvane", 0, message);
+    return true;
+}
+
+static bool savebeside(const Driver* driver)
+{
+    char newname[WHOLEFILE_PATH];
+    char why[SAVE_WHY];
+    if (!MazeGame_savebeside(&driver->game, save_path, newname, why)) {
+        return tellsaved(false, "The game is", "beside maze_save.dat", why);
+    }
+    char message[2 * SAVE_WHY];
+    std::snprintf(message, sizeof message,
+                  "The game is saved in %s. To go on with it, rename it maze_save.dat.%s%s",
+                  newname, why[0] != 0 ? " " : "", why);
+    report_notice("Corvane", 0, message);
+    return why[0] == 0;
+}
+
+// Saves the game at its place, or beside where that can't be. True if it is safe on the disk; what else
+// there is to say has been told, and with `aloud` also that all went well.
+static bool savegame(const Driver* driver, bool aloud)
+{
+    if (driver->second_copy) {
+        return savebeside(driver);
+    }
+    char why[SAVE_WHY];
+    const bool saved =
+        (!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why);
+    const bool safe = tellsaved(saved, "The game is", "in maze_save.dat", why);
+    if (safe && aloud) {
+        report_notice("Corvane", 0, "The game is saved in maze_save.dat.");
+    }
+    return saved ? safe : savebeside(driver);
+}
+
+static void storestereo(Driver* driver)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%d", driver->stereo_mode);
+    config_set(&driver->config, "Stereo mode", text);
+    config_set_bool(&driver->config, "Swap stereo", driver->stereo_swap);
+    std::snprintf(text, sizeof text, "%.15g", driver->stereo_depth);
+    config_set(&driver->config, "Stereo Depth", text);
+}
+
+// Called at the process's end if driver_stop has not come so far: of the two files it writes what
+// driver_stop had not begun to. The user is told why the run is over.
+static void savelast(bool whole)
+{
+    const bool lost = platform->displaylost();
+    report_notice("Corvane", 0,
+                  lost ? "The connection to the display is lost, so Corvane ends."
+                       : "Corvane is ended by a library that it uses.");
+    if (!game_done && !whole) {
+        tellsaved(false, "The game is", "in maze_save.dat",
+                  "The end came while the world was being changed");
+    } else if (!game_done) {
+        savegame(playing, true);
+    }
+    storestereo(playing);
+    savesettings(&playing->config);
+}
+
+static void beginlastsave(Driver* driver)
+{
+    playing = driver;
+    game_done = false;
+    lastsave_begin(savelast);
+}
+
 static void startloop(Driver* driver)
 {
     if (!windowed) {
@@ -181,6 +282,7 @@ static void startloop(Driver* driver)
 bool driver_start(Driver* driver, bool times)
 {
     starttimes(times);
+    platform->takesignals();
     readsettings(driver);
     lap("settings");
     seedstream(&driver->config);
@@ -191,6 +293,7 @@ bool driver_start(Driver* driver, bool times)
     lap("window");
     lockfolder(driver);
     startgame(driver);
+    beginlastsave(driver);
     lap("world");
     startloop(driver);
     lap("first pump");
@@ -355,84 +458,36 @@ bool driver_frame(Driver* driver)
     Camera_zoom(&driver->camera, game, driver->dt);
     Camera_steer(&driver->camera, game, driver->dt, movement);
     choosepolygonmode();
+    lastsave_hold();
     MazeGame_moveroamers(game, driver->dt);
     MazeGame_move(game, movement);
     MazeGame_viewpos(driver->focus, game);
     Camera_eye(&driver->camera, game, driver->dt, driver->focus);
+    lastsave_release();
     MazeGame_applyview(game);
     edgekeys(driver);
     drawscene(driver);
+    lastsave_hold();
     newgamekey(driver);
     mazekeys(driver);
+    lastsave_release();
     showframe(driver);
     clearframe();
     return !quitasked();
 }
 
-// Tries once more to get a refused save out of the way, since the user may have made room for it, or
-// moved it. False if it stays, and `why` (WHOLEFILE_WHY chars) tells the reason.
-static bool clearway(char* why)
-{
-    u8* bytes;
-    size_t size;
-    if (wholefile_read(save_path, &bytes, &size, why) == WHOLEFILE_MISSING) {
-        return true;
-    }
-    std::free(bytes);
-    char newname[WHOLEFILE_PATH];
-    if (!wholefile_setaside(save_path, newname, why)) {
-        return false;
-    }
-    char message[WHOLEFILE_PATH + 100];
-    std::snprintf(message, sizeof message, "The saved game that can't be used is now %s.", newname);
-    report_notice("Corvane", 0, message);
-    return true;
-}
-
-static bool savebeside(const Driver* driver)
-{
-    char newname[WHOLEFILE_PATH];
-    char why[SAVE_WHY];
-    if (!MazeGame_savebeside(&driver->game, save_path, newname, why)) {
-        tellunsaved("The game is not saved beside maze_save.dat", why);
-        return false;
-    }
-    char message[WHOLEFILE_PATH + 100];
-    std::snprintf(message, sizeof message,
-                  "The game is saved in %s. To go on with it, rename it maze_save.dat.", newname);
-    report_notice("Corvane", 0, message);
-    return true;
-}
-
-static bool savegame(const Driver* driver)
-{
-    if (driver->second_copy) {
-        return savebeside(driver);
-    }
-    char why[SAVE_WHY];
-    if ((!driver->save_stuck || clearway(why)) && MazeGame_save(&driver->game, save_path, why)) {
-        return true;
-    }
-    tellunsaved("The game is not saved in maze_save.dat", why);
-    return false;
-}
-
-static void storestereo(Driver* driver)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, "%d", driver->stereo_mode);
-    config_set(&driver->config, "Stereo mode", text);
-    config_set_bool(&driver->config, "Swap stereo", driver->stereo_swap);
-    std::snprintf(text, sizeof text, "%.15g", driver->stereo_depth);
-    config_set(&driver->config, "Stereo Depth", text);
-}
-
 int driver_stop(Driver* driver)
 {
-    const bool gamesaved = savegame(driver);
+    lastsave_hold();
+    const bool gamesaved = savegame(driver, false);
+    game_done = true;
+    lastsave_release();
     MazeGame_free(&driver->game); // display lists can only be deleted while the window is open
+    lastsave_hold();
     storestereo(driver);
     const bool settingssaved = savesettings(&driver->config);
+    lastsave_end();
+    lastsave_release();
     config_free(&driver->config);
     wholefile_unlock(driver->folder_lock);
     gfx_close();

@@ -29,13 +29,14 @@ struct Driver {
     bool first_swap_done;
 };
 
-/// Start-up, for the back end in use: settings, random seed, window, game, first pump. The seed is the
-/// settings' "Seed" if there is one (decimal, below 2^32; anything else there is told as a notice),
-/// otherwise the clock's milliseconds. A save file that is refused is told, and a new game starts. Of
-/// the copies in one folder the first holds it for its run; each later one tells that it will not write
-/// the save file, and only reads it. Where the folder can't be locked a copy counts as the first.
-/// False if there is no size for a window: that is told on standard error, and nothing is open or
-/// held then. Fatal if the window can't be made.
+/// Start-up, for the back end in use: signals, settings, random seed, window, game, first pump. The
+/// seed is the settings' "Seed" if there is one (decimal, below 2^32; anything else there is told as
+/// a notice), otherwise the clock's milliseconds. A save file that is refused is told, and a new game
+/// starts. Of the copies in one folder the first holds it for its run; each later one tells that it
+/// will not write the save file, and only reads it. Where the folder can't be locked a copy counts as
+/// the first. False if there is no size for a window: that is told on standard error, and nothing is
+/// open or held then. Fatal if the window can't be made. Signals to end are a request to close from
+/// the first moment on.
 /// `times`, if set, prints how long each step took on standard error, up to the first swap; of what
 /// comes before main the processor time only.
 bool driver_start(Driver* driver, bool times);
@@ -45,10 +46,13 @@ bool driver_start(Driver* driver, bool times);
 bool driver_frame(Driver* driver);
 
 /// Exit: saves the game, frees it, writes the settings, and closes the window if it is still open.
-/// Touches no GL function if the window was closed. A refused save that could not be renamed at the
-/// start is not written over, unless it is out of the way by now or can be renamed now. A second copy
-/// saves in a new file with a number, even if the first has ended, and tells which. Returns the
-/// exit code of the process: 1 if a file could not be written (which has then been told), else 0.
+/// Touches no GL function if the window was closed. If a library ends the process before this has
+/// been called, as at the loss of the display, game and settings are saved all the same. A refused
+/// save that could not be renamed at the start is not written over, unless it is out of the way by
+/// now or can be renamed now. Where the game can't be saved at its place it is saved in a new file
+/// with a number, and so it is by a second copy, even if the first has ended; which file is told.
+/// Returns the exit code of the process: 1 if the game or the settings could not be written, or may
+/// not be safe on the disk (which has then been told), else 0.
 int driver_stop(Driver* driver);
 
 /// The whole run: start, frames, exit. Returns the exit code, 0 if there was no size for a window. With

@@ -49,6 +49,39 @@ TEST(rnd_count, counts_single_draws)
     EXPECT_EQ(rnd_count(), 5U);
 }
 
+TEST(rnd_skip, is_as_many_draws)
+{
+    for (const u32 n : {0U, 1U, 2U, 3U, 7U, 1000U, 4097U, 65536U}) {
+        rnd_seed(5);
+        for (u32 i = 0; i < n; i++) {
+            rnd_draw();
+        }
+        const u32 state = rnd_state();
+        rnd_seed(5);
+        rnd_skip(n);
+        EXPECT_EQ(rnd_state(), state) << n;
+        EXPECT_EQ(rnd_count(), n);
+    }
+}
+
+TEST(rnd_skip, adds_up_and_comes_round_after_all_states)
+{
+    rnd_seed(5);
+    rnd_skip(0x12345678U);
+    EXPECT_NE(rnd_state(), 5U);
+    rnd_skip(0U - 0x12345678U);
+    EXPECT_EQ(rnd_state(), 5U);
+    EXPECT_EQ(rnd_count(), 0U);
+}
+
+TEST(rnd_next, leads_to_the_state_of_the_next_draw)
+{
+    rnd_seed(9);
+    const u32 state = rnd_next(rnd_state());
+    EXPECT_EQ(rnd_draw(), rnd_drawn(state));
+    EXPECT_EQ(rnd_state(), state);
+}
+
 TEST(rnd, takes_the_low_bits_from_the_first_draw)
 {
     rnd_seed(1); // draws 41, then 18467

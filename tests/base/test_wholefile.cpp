@@ -166,8 +166,10 @@ int flock(int handle, int operation) noexcept
 }
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
-// Writes `text` at `path` in pieces of some bytes; the text of the failure, or "" for none.
-static std::string replace(const std::string& path, const std::string& text, size_t piece = 1000)
+// Writes `text` at `path` in pieces of some bytes; what is told, or "". Only a failure is, unless
+// `doubtful`.
+static std::string replace(const std::string& path, const std::string& text, size_t piece = 1000,
+                           bool doubtful = false)
 {
     WholeFile file;
     wholefile_begin(&file, path.c_str());
@@ -175,7 +177,7 @@ static std::string replace(const std::string& path, const std::string& text, siz
         wholefile_put(&file, text.data() + at, std::min(piece, text.size() - at));
     }
     const bool done = wholefile_end(&file);
-    EXPECT_EQ(done, std::string(file.why).empty()) << file.why;
+    EXPECT_EQ(done, doubtful || std::string(file.why).empty()) << file.why;
     EXPECT_EQ(file.buf, nullptr);
     return file.why;
 }
@@ -370,12 +372,16 @@ TEST(wholefile_begin, makes_the_new_file_beside_the_target_of_a_link)
     EXPECT_TRUE(wholefile_end(&file));
 }
 
-TEST(wholefile_begin, passes_over_the_new_file_of_a_run_that_was_cut_off)
+TEST(wholefile_begin, passes_over_what_a_run_left_behind_where_there_are_no_locks)
 {
     const TempFolder folder;
     const std::string left = ".data.new-" + std::to_string(getpid());
     write_text(folder.file(left), "half a file");
-    EXPECT_EQ(replace(folder.file("data"), "text"), "");
+    {
+        Faults lockless;
+        lockless.lock_error = ENOLCK;
+        EXPECT_EQ(replace(folder.file("data"), "text"), "");
+    }
     EXPECT_EQ(read_text(folder.file("data")), "text");
     EXPECT_EQ(read_text(folder.file(left)), "half a file");
     EXPECT_EQ(folder.names(), (Names{left, "data"}));
@@ -386,8 +392,8 @@ TEST(wholefile_end, syncs_the_file_before_the_rename_and_the_folder_after_it)
     const TempFolder folder;
     const Faults counted;
     EXPECT_EQ(replace(folder.file("data"), "text"), "");
-    EXPECT_EQ(counted.calls,
-              (Names{"write", "sync file", "close", "rename", "sync folder", "close"}));
+    EXPECT_EQ(counted.calls, (Names{"lock", "write", "sync file", "close", "rename", "close",
+                                    "sync folder", "close"}));
 }
 
 TEST(wholefile_end, goes_on_after_interruptions_and_short_writes)
@@ -464,10 +470,10 @@ TEST(wholefile_failure, stops_all_further_writing)
     Faults provoked;
     provoked.write_error = EIO;
     EXPECT_NE(replace(folder.file("data"), long_text(1000000)), "");
-    EXPECT_EQ(provoked.calls, (Names{"write", "close"}));
+    EXPECT_EQ(provoked.calls, (Names{"lock", "write", "close", "close"}));
 }
 
-TEST(wholefile_failure, of_the_sync_of_the_folder_is_told_with_the_new_file_in_place)
+TEST(wholefile_end, tells_of_a_sync_of_the_folder_that_failed_with_the_new_file_in_place)
 {
     const TempFolder folder;
     write_text(folder.file("data"), "old");
@@ -475,7 +481,7 @@ TEST(wholefile_failure, of_the_sync_of_the_folder_is_told_with_the_new_file_in_p
     {
         Faults provoked;
         provoked.foldersync_error = EIO;
-        why = replace(folder.file("data"), "new");
+        why = replace(folder.file("data"), "new", 1000, true);
     }
     expect_says(why, folder.file("data"), EIO);
     EXPECT_EQ(read_text(folder.file("data")), "new");
@@ -509,7 +515,7 @@ TEST(wholefile_failure, at_the_limit_of_a_file_size_leaves_the_old_file)
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
     rlimit tiny = before;
     tiny.rlim_cur = 100000;
-    void (*const handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    void (*const handler)(int) = std::signal(SIGXFSZ, SIG_DFL); // which would end the process
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tiny), 0);
     const std::string why = replace(folder.file("data"), long_text(200000));
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
@@ -708,6 +714,33 @@ TEST(wholefile_read, does_not_count_on_the_size_that_a_file_claims)
     const ReadRun run = read_whole("/proc/self/status"); // claims to be empty
     EXPECT_EQ(run.result, WHOLEFILE_READ);
     EXPECT_NE(run.text.find("VmPeak"), std::string::npos);
+}
+
+TEST(wholefile_readmost, reads_a_file_of_the_most_bytes_and_no_larger_one)
+{
+    const TempFolder folder;
+    write_text(folder.file("data"), long_text(1000));
+    u8* bytes;
+    size_t size;
+    char why[WHOLEFILE_WHY];
+    const std::string path = folder.file("data");
+    ASSERT_EQ(wholefile_readmost(path.c_str(), 1000, &bytes, &size, why), WHOLEFILE_READ);
+    EXPECT_EQ(size, 1000U);
+    std::free(bytes);
+    EXPECT_EQ(wholefile_readmost(path.c_str(), 999, &bytes, &size, why), WHOLEFILE_UNREADABLE);
+    EXPECT_EQ(bytes, nullptr);
+    EXPECT_EQ(why, "Could not read " + path + ": File too large");
+}
+
+TEST(wholefile_readmost, does_not_count_on_the_size_that_a_file_claims)
+{
+    u8* bytes;
+    size_t size;
+    char why[WHOLEFILE_WHY];
+    EXPECT_EQ(
+        wholefile_readmost("/proc/self/status", 100, &bytes, &size, why), // claims to be empty
+        WHOLEFILE_UNREADABLE);
+    EXPECT_EQ(bytes, nullptr);
 }
 
 TEST(wholefile_read, goes_on_after_interruptions_and_short_reads)
@@ -948,8 +981,8 @@ TEST(wholefile_begin_numbered, syncs_the_file_before_it_gets_its_name_and_the_fo
     const TempFolder folder;
     const Faults counted;
     EXPECT_EQ(write_beside(folder.file("save.dat"), "text"), "save-2.dat");
-    EXPECT_EQ(counted.calls,
-              (Names{"write", "sync file", "close", "exclusive rename", "sync folder", "close"}));
+    EXPECT_EQ(counted.calls, (Names{"lock", "write", "sync file", "close", "exclusive rename",
+                                    "close", "sync folder", "close"}));
 }
 
 TEST(wholefile_begin_numbered, leaves_nothing_after_a_failure_and_tells_it)

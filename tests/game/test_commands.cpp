@@ -815,7 +815,7 @@ TEST(MazeGame_expand, is_walked_into_three_levels_deep_within_the_time_of_each_f
     i32 deep = 0;
     for (u32 seed = 0; seed < 4; seed++) {
         HeldGame held;
-        Maze* const line = make_waiting_line(3, 3000.0);
+        Maze* const line = make_waiting_line(3, 1000.0);
         str_set(&line->name, "a");
         Maze_node(line, 0)->expandable = 0;
         Maze_node(line, 2)->expandable = 0;

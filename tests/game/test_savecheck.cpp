@@ -79,37 +79,6 @@ TEST(savefile_check, finds_unreadable_a_name_without_an_end_and_too_many_edges)
     EXPECT_EQ(verdict_of(bytes), SAVE_UNREADABLE);
 }
 
-// Walks along one exit after the other, by the step that reaches it.
-static void walk_about(MazeGame* game)
-{
-    Pos exits[POS_MAXEDGES];
-    for (i32 i = 0; i < 8; i++) {
-        const i32 n = Pos_alledges(game->pos, exits, nullptr);
-        if (n == 0) {
-            return;
-        }
-        const f64* const from = Pos_node(game->pos)->pos;
-        const f64* const to = Pos_node(exits[i % n])->pos;
-        const f64 step[3] = {1.1 * (to[0] - from[0]), 1.1 * (to[1] - from[1]),
-                             1.1 * (to[2] - from[2])};
-        game->time += 0.25;
-        MazeGame_move(game, step);
-    }
-}
-
-// Loads what the check lets through, walks in it, and saves it again.
-static void expect_sound_or_refused(const Bytes& bytes)
-{
-    if (!fault_of(bytes).empty()) {
-        return;
-    }
-    HeldGame held;
-    savefile_build(&held.game, bytes.data(), bytes.size());
-    walk_about(&held.game);
-    expect_good(&held.game);
-    EXPECT_EQ(fault_of(saved(&held.game)), "");
-}
-
 TEST(savefile_check, lets_no_changed_byte_do_harm)
 {
     HeldGame held;

@@ -1,4 +1,3 @@
-#include "base/rnd.h"
 #include "tests/savebytes.h"
 
 #include <limits>
@@ -306,33 +305,6 @@ TEST(savefile_build, never_looks_at_padding_and_array_header)
     EXPECT_EQ(saved(&again.game), clean);
 }
 
-TEST(savefile_build, makes_a_save_that_is_the_same_again)
-{
-    rnd_seed(2026);
-    for (i32 i = 0; i < 200; i++) {
-        HeldGame held;
-        MazeGame_new(&held.game, i % 3);
-        Pos exits[POS_MAXEDGES];
-        for (i32 step = 0; step < 20; step++) {
-            const i32 n = Pos_alledges(held->pos, exits, nullptr);
-            if (n > 0) {
-                const Pos next = exits[irand(n)];
-                held->time += 0.5;
-                Pos_markwalked(held->pos, next, held->time);
-                held->pos = next;
-            }
-        }
-        MazeGame_startcamera(&held.game);
-        const Bytes first = saved(&held.game);
-        HeldGame again;
-        build(&again, first);
-        if (i % 20 == 0) {
-            expect_good(&again.game);
-        }
-        ASSERT_TRUE(saved(&again.game) == first) << "world " << i;
-    }
-}
-
 static void count_levels(const Maze* maze, size_t level, std::vector<i32>* counts)
 {
     if (counts->size() < 3 * level + 3) {
@@ -457,6 +429,19 @@ TEST(MazeGame_load, sets_a_link_to_nowhere_aside)
     char why[SAVE_WHY];
     EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
     EXPECT_TRUE(fs::is_symlink(folder.file("save.bad")));
+}
+
+TEST(MazeGame_load, sets_a_link_to_a_bad_file_aside_and_not_the_file)
+{
+    const Folder folder;
+    write_bytes(folder.file("elsewhere"), Bytes(3, 1));
+    fs::create_symlink("elsewhere", folder.file("save"));
+    MazeGame game = {};
+    char why[SAVE_WHY];
+    EXPECT_EQ(MazeGame_load(&game, folder.file("save").c_str(), why), SAVE_REFUSED);
+    EXPECT_EQ(fs::read_symlink(folder.file("save.bad")), "elsewhere");
+    EXPECT_EQ(read_bytes(folder.file("elsewhere")), Bytes(3, 1));
+    EXPECT_FALSE(fs::exists(fs::symlink_status(folder.file("save"))));
 }
 
 TEST(MazeGame_load, tells_that_a_file_could_not_be_set_aside)

@@ -1,23 +1,5 @@
 // The command corvane-world as its users see it: messages and exit codes.
-#include "tests/savebytes.h"
-
-#include <sys/wait.h>
-
-struct Outcome {
-    int code; // exit code, or 128 and the signal
-    std::string out, err;
-};
-
-static Outcome world_in(const Folder& folder, const std::string& arguments)
-{
-    const Folder side;
-    const std::string command = "cd '" + folder.path + "' && '" CORVANE_BIN_DIR "/corvane-world' " +
-                                arguments + " >'" + side.file("out") + "' 2>'" + side.file("err") +
-                                "' </dev/null";
-    const int status = std::system(command.c_str());
-    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return {code, read_text(side.file("out")), read_text(side.file("err"))};
-}
+#include "tests/worldtool.h"
 
 static Outcome check_of(const Bytes& bytes)
 {
@@ -45,40 +27,104 @@ static void expect_unsound(const Bytes& bytes, const std::string& fault)
     EXPECT_EQ(outcome.err, "");
 }
 
-// Refused, in one line on standard error.
-static void expect_bad(const Outcome& outcome, const std::string& said)
-{
-    EXPECT_EQ(outcome.code, 2);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.err, "corvane-world: " + said + "\n");
-}
-
-static Bytes nest_file()
-{
-    HeldGame held;
-    make_walked_nest(&held);
-    return saved(&held.game);
-}
-
 TEST(corvane_world, prints_its_help)
 {
     const Folder folder;
-    for (const char* const arguments : {"--help", "check --help"}) {
+    for (const char* const arguments : {"--help", "check --help", "make --out --help"}) {
         const Outcome outcome = world_in(folder, arguments);
         EXPECT_EQ(outcome.code, 0);
         EXPECT_EQ(outcome.err, "");
-        EXPECT_NE(outcome.out.find("check FILE"), std::string::npos);
+        for (const char* const form : {"make --seed S --mode M [--kind K] [--out FILE] [--digest]",
+                                       "check FILE", "info FILE", "digest FILE", "dump FILE OUT"}) {
+            EXPECT_NE(outcome.out.find(form), std::string::npos) << form;
+        }
     }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(corvane_world, keeps_its_help_within_100_columns)
+{
+    const Folder folder;
+    std::istringstream help(world_in(folder, "--help").out);
+    i32 lines = 0;
+    for (std::string line; std::getline(help, line); lines++) {
+        EXPECT_LE(line.size(), 100U) << line;
+    }
+    EXPECT_GT(lines, 20);
 }
 
 TEST(corvane_world, refuses_bad_arguments_in_one_line)
 {
     const Folder folder;
-    expect_bad(world_in(folder, ""), "what to do? check FILE (--help tells more)");
+    expect_bad(world_in(folder, ""),
+               "what to do? make, check, info, digest or dump (--help tells more)");
     expect_bad(world_in(folder, "fly"), "unknown command fly (--help lists them)");
-    expect_bad(world_in(folder, "check"), "check takes one file (--help tells more)");
-    expect_bad(world_in(folder, "check a b"), "check takes one file (--help tells more)");
+    expect_bad(world_in(folder, "fly --seed 1"), "unknown command fly (--help lists them)");
+    expect_bad(world_in(folder, "'fly\nhigh'"), "unknown command fly?high (--help lists them)");
+    for (const std::string command : {"check", "info", "digest"}) {
+        const std::string said = command + " takes one file (--help tells more)";
+        expect_bad(world_in(folder, command), said);
+        expect_bad(world_in(folder, command + " a b"), said);
+    }
+    for (const char* const arguments : {"dump", "dump a", "dump a b c"}) {
+        expect_bad(world_in(folder, arguments),
+                   "dump takes a saved world and a new file (--help tells more)");
+    }
     EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(corvane_world, tells_that_its_output_goes_nowhere)
+{
+    const Folder folder;
+    write_bytes(folder.file("world"), nest_file());
+    for (const char* const arguments : {"--help", "check world", "info world", "digest world",
+                                        "make --seed 1 --mode 0 --digest"}) {
+        const Outcome outcome = world_in(folder, std::string(arguments) + " >/dev/full");
+        EXPECT_EQ(outcome.code, 2) << arguments;
+        EXPECT_NE(outcome.err.find("corvane-world: standard output can't be written\n"),
+                  std::string::npos)
+            << outcome.err;
+    }
+}
+
+// Bytes that no command takes for a world, and what is said of them.
+static std::vector<std::pair<Bytes, std::string>> bad_files()
+{
+    Bytes cut = nest_file();
+    cut.resize(100);
+    Bytes early = line_file(3);
+    const f64 before = -1.0;
+    std::memcpy(early.data() + early.size() - GAME_TAIL, &before, sizeof before);
+    return {{{}, "world: root maze: the file ends in it"},
+            {cut, "world: root maze: 4 nodes in the 95 bytes that are left"},
+            {early, "world: game: the clock is before 0"}};
+}
+
+TEST(corvane_world, refuses_files_that_are_no_saved_worlds)
+{
+    for (const auto& [bytes, said] : bad_files()) {
+        const Folder folder;
+        write_bytes(folder.file("world"), bytes);
+        for (const char* const arguments : {"info world", "digest world", "dump world out"}) {
+            expect_bad(world_in(folder, arguments), said);
+        }
+        EXPECT_EQ(folder.names(), std::vector<std::string>{"world"});
+        EXPECT_EQ(read_bytes(folder.file("world")), bytes);
+    }
+}
+
+TEST(corvane_world, refuses_what_is_no_file)
+{
+    const Folder folder;
+    fs::create_directory(folder.file("folder"));
+    for (const std::string command : {"info", "digest", "dump"}) {
+        const std::string out = command == "dump" ? " out" : "";
+        expect_bad(world_in(folder, command + " absent" + out), "absent: there is no such file");
+        expect_bad(world_in(folder, command + " folder" + out),
+                   "folder: Could not read folder: Is a directory");
+        expect_bad(world_in(folder, command + " ''" + out), "the name of the file is empty");
+    }
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"folder"});
 }
 
 TEST(corvane_world_check, finds_a_save_of_the_game_sound)

@@ -1,8 +1,10 @@
 #include "base/rnd.h"
 #include "generate/grids.h"
 #include "tests/mazes.h"
+#include "tests/meshes.h"
 #include "tests/sound.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 #include <set>
 #include <tuple>
@@ -398,4 +400,120 @@ TEST(Maze_welded, stands_nodes_that_are_renumbered_before_their_old_neighbours_g
     Maze_free(welded, true);
     Maze_free(b, true);
     Maze_free(a, true);
+}
+
+TEST(Maze_welded, keeps_a_node_just_beyond_the_limit)
+{
+    const World a(make_nodes(1));
+    const World b(Maze_new());
+    add_node(b.get(), std::nextafter(0.75, 1.0), 0);
+    const World welded(Maze_welded(a.get(), b.get()));
+    EXPECT_SOUND(welded.get());
+    EXPECT_EQ(Maze_count(welded.get()), 2);
+}
+
+TEST(Maze_welded, colours_both_edges_alike_where_two_ends_fall_on_one_node)
+{
+    // nodes 1 and 2 of a go to the one node of b; slots are seen from the last, so slot 0 has the say
+    const World a(Maze_new());
+    add_node(a.get(), 5, 0);
+    add_node(a.get(), 0, 0);
+    add_node(a.get(), 0.1, 0);
+    Maze_join(a.get(), 0, 1);
+    Maze_join(a.get(), 0, 2);
+    Maze_node(a.get(), 0)->edgerec[0].colour = 0xFF0000;
+    Maze_node(a.get(), 0)->edgerec[1].colour = 0x0000FF;
+    const World b(make_nodes(1));
+    const World welded(Maze_welded(a.get(), b.get()));
+    EXPECT_SOUND_BUT_DOUBLED(welded.get());
+    ASSERT_EQ(Maze_count(welded.get()), 2);
+    for (i32 i = 0; i < 2; i++) {
+        EXPECT_EQ(neighbours(welded.get(), i), (std::vector<i32>{1 - i, 1 - i}));
+        EXPECT_EQ(Maze_node(welded.get(), i)->edgerec[0].colour, 0xFF0000U);
+        EXPECT_EQ(Maze_node(welded.get(), i)->edgerec[1].colour, 0xFF0000U);
+    }
+}
+
+TEST(Maze_welded, keeps_the_submaze_of_a_kept_node_with_its_ports_in_step)
+{
+    const World a(make_line(3));
+    hang(a.get(), 1, make_line(2));
+    hang(a.get(), 2, make_line(3)); // goes with its node
+    const World b(Maze_new());
+    add_node(b.get(), 2, 0.5);
+    const World welded(Maze_welded(a.get(), b.get()));
+    EXPECT_SOUND(welded.get());
+    ASSERT_EQ(Maze_count(welded.get()), 3);
+    EXPECT_EQ(neighbours(welded.get(), 1), (std::vector<i32>{0, 2}));
+    EXPECT_EQ(Maze_count(Maze_node(welded.get(), 1)->sub), 2);
+    EXPECT_EQ(Maze_node(welded.get(), 2)->sub, nullptr);
+}
+
+TEST(Maze_welded, moves_the_ports_of_a_kept_node_that_gives_up_an_edge)
+{
+    // node 0 of b is full, so node 1 of a loses its slot 0, and its port 1 becomes port 0
+    const World a(make_line(3));
+    Maze* const sub = hang(a.get(), 1, make_line(2));
+    Maze_node(sub, 1)->rec.colour = 0x123456;
+    const World b(make_star(8));
+    for (i32 i = 1; i <= 8; i++) {
+        Maze_node(b.get(), i)->pos[1] = 10;
+    }
+    const World welded(Maze_welded(a.get(), b.get()));
+    EXPECT_SOUND(welded.get());
+    i32 found = -1;
+    for (i32 i = 0; i < Maze_count(welded.get()); i++) {
+        found = Maze_node(welded.get(), i)->sub != nullptr ? i : found;
+    }
+    ASSERT_GE(found, 0);
+    EXPECT_EQ(Maze_node(welded.get(), found)->nedges, 1U);
+    EXPECT_EQ(Maze_node(Maze_node(welded.get(), found)->sub, 0)->rec.colour, 0x123456U);
+}
+
+TEST(Maze_welded, says_nothing_of_an_edge_that_it_gives_up)
+{
+    const World a(make_line(2));
+    const World b(make_star(8));
+    for (i32 i = 1; i <= 8; i++) {
+        Maze_node(b.get(), i)->pos[1] = 10;
+    }
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const World welded(Maze_welded(a.get(), b.get()));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(Maze_edgecount(welded.get()), 8);
+}
+
+TEST(box_maze, is_connected_and_fresh_in_all_nodes_and_edges)
+{
+    const World maze(box_maze(4, 2, 3));
+    EXPECT_TRUE(is_connected(maze.get()));
+    EXPECT_EQ(stale_nodes(maze.get()), "");
+}
+
+TEST(box_maze, without_a_size_is_one_node)
+{
+    const World maze(box_maze(0, 0, 0));
+    EXPECT_SOUND(maze.get());
+    EXPECT_EQ(Maze_count(maze.get()), 1);
+    EXPECT_EQ(Maze_edgecount(maze.get()), 0);
+}
+
+TEST(box_maze, stands_its_faces_at_the_given_sizes)
+{
+    const World maze(box_maze(2, 3, 5));
+    for (const auto& [x, y, z] : places(maze.get())) {
+        EXPECT_TRUE(x == 0 || x == 2 || y == 0 || y == 3 || z == 0 || z == 5);
+        EXPECT_TRUE(x >= 0 && x <= 2 && y >= 0 && y <= 3 && z >= 0 && z <= 5);
+    }
+    EXPECT_EQ(Maze_count(maze.get()), 2 * (2 * 3 + 2 * 5 + 3 * 5) + 2);
+}
+
+TEST(grid_square, of_a_side_below_one_is_one_node)
+{
+    for (const f64 s : {0.99, 0.0, -7.5}) {
+        const World maze(grid_square(s, Pos_null));
+        EXPECT_EQ(Maze_count(maze.get()), 1) << s;
+    }
 }

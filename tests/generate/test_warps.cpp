@@ -149,6 +149,38 @@ TEST(Maze_paintbyplace, colours_an_edge_as_its_middle)
     Maze_free(maze, true);
 }
 
+// The channels of a sum of two coordinates, each by itself.
+static u32 middle_colour(const f64 a[3], const f64 b[3])
+{
+    f64 v[3];
+    for (i32 k = 0; k < 3; k++) {
+        v[k] = (1.0 + std::sin((a[k] + b[k]) * 0.05)) * 0.25;
+    }
+    return rgb_pack(v[0], v[1], v[2]);
+}
+
+TEST(Maze_paintbyplace, colours_both_directions_of_every_edge_by_its_ends)
+{
+    rnd_seed(1);
+    for (i32 round = 0; round < 50; round++) {
+        Maze* const maze = grid_maze(4, 4, 4);
+        const f64 turn[3] = {0.0, 0.0,
+                             round % 2 == 0 ? 0.0 : rnd(2.0)}; // else most ends share a height
+        const f64 way[3] = {rnd(100.0), -7.0, 0.3};
+        Maze_rotate(maze, turn);
+        Maze_translate(maze, way, false);
+        Maze_paintbyplace(maze);
+        for (i32 i = 0; i < Maze_count(maze); i++) {
+            const MazeNode* const node = Maze_node(maze, i);
+            for (u32 slot = 0; slot < node->nedges; slot++) {
+                const MazeNode* const end = Maze_node(maze, node->edges[slot]);
+                EXPECT_EQ(node->edgerec[slot].colour, middle_colour(node->pos, end->pos));
+            }
+        }
+        Maze_free(maze, true);
+    }
+}
+
 TEST(Maze_paintbyplace, colours_nodes_of_all_levels_by_their_place)
 {
     Maze* const root = make_tree();

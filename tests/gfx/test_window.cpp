@@ -863,6 +863,7 @@ static bool closes_on(int signal)
     scripted_begin();
     const ScriptedWindow window(64, 48);
     const bool before = gfx_pump() != 0;
+    platform->takesignals();
     std::raise(signal);
     return !before && gfx_pump() == 1 && !gfx_alive;
 }

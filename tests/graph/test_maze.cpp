@@ -1,4 +1,5 @@
 #include "base/str.h"
+#include "model/drawsphere.h"
 #include "model/maze.h"
 #include "tests/mazes.h"
 #include "tests/randomworld.h"
@@ -434,6 +435,34 @@ TEST(Maze_clone, keeps_an_empty_maze_empty)
     EXPECT_EQ(0, add_node(copy.get(), 0, 0, 0));
 }
 
+TEST(Maze_append, puts_clones_behind_the_nodes_that_are_there)
+{
+    const World maze(make_line(3));
+    const World b(make_line(2));
+    hang(b.get(), 1, make_line(4));
+    EXPECT_EQ(3, Maze_append(maze.get(), b.get()));
+    EXPECT_SOUND(maze.get());
+    EXPECT_EQ(5, Maze_count(maze.get()));
+    EXPECT_EQ((Indices{1}), neighbours(maze.get(), 2));
+    EXPECT_EQ((Indices{4}), neighbours(maze.get(), 3));
+    ASSERT_NE(nullptr, Maze_node(maze.get(), 4)->sub);
+    EXPECT_NE(Maze_node(b.get(), 1)->sub, Maze_node(maze.get(), 4)->sub);
+}
+
+TEST(Maze_append, makes_the_draw_sphere_stale)
+{
+    const World maze(make_nodes(1));
+    const World far(make_nodes(1));
+    Maze_node(far.get(), 0)->pos[0] = 100.0;
+    f64 centre[3];
+    f64 radius = 0.0;
+    Maze_drawsphere(maze.get(), centre, &radius);
+    EXPECT_LT(radius, 10.0);
+    Maze_append(maze.get(), far.get());
+    Maze_drawsphere(maze.get(), centre, &radius);
+    EXPECT_GT(radius, 40.0);
+}
+
 TEST(Maze_merged, numbers_the_second_graph_behind_the_first)
 {
     const World a(make_line(3));
@@ -746,6 +775,15 @@ TEST_F(Maze_dump_to_a_file, returns_the_last_error_of_its_own_level)
     Maze_join(maze.get(), 1, 1);
     EXPECT_EQ(2, dump(maze.get(), MAZE_DUMP_ALL)); // the slots of a self-join are two alike
     sub->parentnode = 0;
+}
+
+TEST(Maze_dump, says_that_the_file_cant_be_written)
+{
+    const World maze(make_nodes(1));
+    EXPECT_EQ(-1, Maze_dump(maze.get(), "/dev/full", "x", MAZE_DUMP_ALL));
+    const World nest(make_nodes(1));
+    hang(nest.get(), 0, make_nodes(1));
+    EXPECT_EQ(-1, Maze_dump(nest.get(), "/dev/full", "x", MAZE_DUMP_ALL));
 }
 
 TEST(Maze_dump, says_that_the_file_cant_be_opened)

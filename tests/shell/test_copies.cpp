@@ -204,6 +204,23 @@ TEST(second_copy, ends_with_code_1_and_tells_it_if_its_game_cannot_be_saved)
     EXPECT_EQ(run.session.folder.read("maze_save.dat"), run.save);
 }
 
+TEST(first_copy, ends_with_code_1_and_tells_it_if_its_game_can_be_saved_nowhere)
+{
+    Session session;
+    ASSERT_TRUE(session.start_framed());
+    session.frames(2);
+    std::filesystem::create_directory("maze_save.dat"); // nothing can be renamed over a folder
+    rename_error = EIO;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(session.stop(), 1);
+    const std::string out = testing::internal::GetCapturedStdout();
+    rename_error = 0;
+    EXPECT_TRUE(holds(out, "The game is not saved in maze_save.dat. Could not write")) << out;
+    EXPECT_TRUE(holds(out, "The game is not saved beside maze_save.dat. Could not make")) << out;
+    EXPECT_FALSE(holds(out, "The game is saved")) << out;
+    EXPECT_EQ(session.folder.listing(), "config.txt maze_save.dat warnings.log");
+}
+
 // Whether nobody holds the lock of the working folder.
 static bool is_free()
 {

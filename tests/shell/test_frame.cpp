@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -778,18 +779,52 @@ struct StuckRun {
     }
 };
 
-TEST(driver_stop, does_not_save_over_a_bad_save_that_could_not_be_renamed)
+// The game of a file with a number has been played.
+static void expect_saved_beside(const Folder& folder, const std::string& name,
+                                const std::string& out)
+{
+    char why[SAVE_WHY];
+    MazeGame game = {};
+    ASSERT_EQ(MazeGame_loadshared(&game, folder.file(name).c_str(), why), SAVE_LOADED) << why;
+    EXPECT_GT(game.time, 0);
+    MazeGame_free(&game);
+    const std::string told = "The game is saved in " + folder.file(name) +
+                             ". To go on with it, rename it maze_save.dat.";
+    EXPECT_NE(out.find(told), std::string::npos) << out;
+}
+
+TEST(driver_stop, saves_beside_a_bad_save_that_could_not_be_renamed)
 {
     StuckRun run;
     const std::string out = run.stop();
-    EXPECT_EQ(run.session.code, 1);
+    EXPECT_EQ(run.session.code, 0);
     EXPECT_EQ(run.session.folder.read("maze_save.dat"), "this is no world");
-    EXPECT_EQ(run.session.folder.listing(), "config.txt maze_save.dat warnings.log");
+    EXPECT_EQ(run.session.folder.listing(),
+              "config.txt maze_save-2.dat maze_save.dat warnings.log");
     EXPECT_EQ(setting(run.session.folder, "Swap stereo"), "Y");
     EXPECT_NE(out.find("While it stays there no game is saved over it"), std::string::npos) << out;
     EXPECT_NE(out.find("The game is not saved in maze_save.dat. Could not rename"),
               std::string::npos)
         << out;
+    expect_saved_beside(run.session.folder, "maze_save-2.dat", out);
+}
+
+TEST(driver_stop, saves_beside_a_good_save_that_the_user_has_put_where_a_bad_one_was)
+{
+    StuckRun run;
+    asides_fail = false;
+    leave_line(run.session.folder);
+    const std::string put = run.session.folder.read("maze_save.dat");
+    const std::string out = run.stop();
+    EXPECT_EQ(run.session.code, 0);
+    EXPECT_EQ(run.session.folder.read("maze_save.dat"), put);
+    EXPECT_EQ(run.session.folder.listing(),
+              "config.txt maze_save-2.dat maze_save.dat warnings.log");
+    EXPECT_NE(out.find("The game is not saved in maze_save.dat. Another saved game has been put "
+                       "there"),
+              std::string::npos)
+        << out;
+    expect_saved_beside(run.session.folder, "maze_save-2.dat", out);
 }
 
 TEST(driver_stop, renames_a_bad_save_that_could_not_be_renamed_at_the_start)
@@ -812,18 +847,61 @@ TEST(driver_stop, saves_where_a_bad_save_was_that_the_user_has_moved)
     const Saved saved(run.session.folder);
 }
 
-TEST(driver_stop, writes_the_settings_even_if_the_game_could_not_be_saved)
+// Ends a run at whose end something else is where the game is saved; gives what that told.
+static std::string stop_after(Session* session, const std::function<void()>& change)
+{
+    EXPECT_TRUE(session->start_framed());
+    session->frames(2);
+    change();
+    session->driver.stereo_swap = 1;
+    testing::internal::CaptureStdout();
+    session->stop();
+    EXPECT_EQ(setting(session->folder, "Swap stereo"), "Y");
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(driver_stop, saves_beside_a_folder_of_the_name_of_the_save)
 {
     Session session;
-    ASSERT_TRUE(session.start_framed());
-    session.frames(1);
-    std::filesystem::create_directory("maze_save.dat"); // nothing can be renamed over a folder
-    session.driver.stereo_swap = 1;
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(session.stop(), 1);
-    const std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("maze_save.dat"), std::string::npos) << out;
-    EXPECT_EQ(setting(session.folder, "Swap stereo"), "Y");
+    const std::string out =
+        stop_after(&session, [] { std::filesystem::create_directory("maze_save.dat"); });
+    EXPECT_EQ(session.code, 0);
+    EXPECT_NE(out.find("The game is not saved in maze_save.dat. Could not write"),
+              std::string::npos)
+        << out;
+    EXPECT_TRUE(std::filesystem::is_directory("maze_save.dat"));
+    expect_saved_beside(session.folder, "maze_save-2.dat", out);
+}
+
+TEST(driver_stop, saves_beside_a_link_that_leads_nowhere)
+{
+    Session session;
+    const std::string out =
+        stop_after(&session, [] { std::filesystem::create_symlink("gone", "maze_save.dat"); });
+    EXPECT_EQ(session.code, 0);
+    EXPECT_NE(out.find("It is a link to a file that is not there"), std::string::npos) << out;
+    EXPECT_EQ(std::filesystem::read_symlink("maze_save.dat"), "gone");
+    expect_saved_beside(session.folder, "maze_save-2.dat", out);
+}
+
+TEST(driver_stop, saves_beside_a_write_protected_save)
+{
+    Session session;
+    leave_line(session.folder);
+    const std::string save = session.folder.read("maze_save.dat");
+    std::optional<OrdinaryUser> user;
+    const std::string out = stop_after(&session, [&] {
+        ASSERT_EQ(chmod(".", 0777), 0);
+        ASSERT_EQ(chmod("config.txt", 0666), 0);
+        ASSERT_EQ(chmod("maze_save.dat", 0444), 0);
+        user.emplace();
+    });
+    EXPECT_EQ(session.code, 0) << out;
+    EXPECT_NE(out.find("The game is not saved in maze_save.dat. Could not write"),
+              std::string::npos)
+        << out;
+    EXPECT_EQ(session.folder.read("maze_save.dat"), save);
+    expect_saved_beside(session.folder, "maze_save-2.dat", out);
 }
 
 TEST(driver_run, ends_with_code_0_and_saves_nothing_without_a_size)

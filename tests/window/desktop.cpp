@@ -129,11 +129,13 @@ static std::string make_folder()
     return path;
 }
 
-Desktop::Desktop() : place(make_folder())
+Desktop::Desktop(bool managed) : place(make_folder())
 {
     find_tools();
     start_server();
-    start_manager();
+    if (managed) {
+        start_manager();
+    }
 }
 
 Desktop::~Desktop()
@@ -142,6 +144,11 @@ Desktop::~Desktop()
     end_process(server);
     std::error_code ignored;
     std::filesystem::remove_all(place, ignored);
+}
+
+void Desktop::signal_server(int number) const
+{
+    kill(server, number);
 }
 
 void Desktop::find_tools() const

@@ -40,7 +40,8 @@ struct Size {
 class Desktop
 {
   public:
-    Desktop();
+    /// Without a window manager windows have no frame, and are given no keys.
+    explicit Desktop(bool managed = true);
     ~Desktop();
     Desktop(const Desktop&) = delete;
     Desktop& operator=(const Desktop&) = delete;
@@ -55,6 +56,8 @@ class Desktop
     /// How many different colours a window shows.
     size_t colours(const std::string& window) const;
     Size client_size(const std::string& window) const;
+    /// Sends the server a signal; SIGKILL takes the display from all that are shown on it.
+    void signal_server(int number) const;
 
     static constexpr Size screen = {1280, 1000};
     const std::string& display() const

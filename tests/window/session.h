@@ -30,6 +30,10 @@ class Session
     void close() const;
     void signal(int number) const;
     bool running() const;
+    pid_t id_of_process() const
+    {
+        return process;
+    }
 
     /// Waits for the end of the run and returns the exit code; throws if there is none in time.
     int finish();

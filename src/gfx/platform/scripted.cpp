@@ -373,7 +373,6 @@ static PlatformOpen openwindow(const WindowRequest* want)
         closewindow();
         return result;
     }
-    signals_install();
     windowx = want->x;
     windowy = want->y;
     clientwidth = want->width;
@@ -583,6 +582,11 @@ static f64 seconds()
     return now + further_reading * readings++;
 }
 
+static bool displaylost()
+{
+    return false; // there is none
+}
+
 static void swap()
 {
     scripted_counts.swaps++;
@@ -601,6 +605,8 @@ static void* glproc(const char* symbol)
 const Platform platform_scripted = {
     .name = "scripted",
     .seconds = seconds,
+    .takesignals = signals_install,
+    .displaylost = displaylost,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,

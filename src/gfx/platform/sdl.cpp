@@ -19,6 +19,7 @@ enum { FRAME_SIDE = 4, FRAME_CAPTION = 24, MINIMISED_WAIT_MS = 10 };
 // Written by reachdesktop, openwindow and closewindow.
 static bool reached; // SDL's video side runs
 static bool wayland;
+static bool lost; // the display has ended by itself; set by onlost
 static SDL_Window* window;
 static SDL_GLContext context;
 static bool modeset; // by setmode
@@ -34,6 +35,34 @@ static i32 seenx, seeny;          // what SDL's global place was when it was las
 static bool pointeraway;          // another window had the keys when the offset was last asked for
 static i32 cursorcount;           // shows less hides
 static bool ontop;
+
+// The X library calls exit when this returns.
+static int onlost(void* /*display*/)
+{
+    lost = true;
+    std::fprintf(stderr, "The window system says: the connection to the display is lost\n");
+    return 0;
+}
+
+static bool displaylost()
+{
+    return lost;
+}
+
+// The X library is SDL's, and so is found by its file name. Where it can't be found its own handler
+// stays, and the reason for the end is not known.
+static void watchdisplay()
+{
+    using Handler = int (*)(void* display);
+    using Setter = Handler (*)(Handler handler);
+    void* const library = SDL_LoadObject("libX11.so.6"); // never unloaded
+    if (library != nullptr) {
+        const auto set = reinterpret_cast<Setter>(SDL_LoadFunction(library, "XSetIOErrorHandler"));
+        if (set != nullptr) {
+            set(onlost);
+        }
+    }
+}
 
 // Starts SDL's video side when it is first needed. False without a window system.
 static bool reachdesktop()
@@ -52,6 +81,9 @@ static bool reachdesktop()
     SDL_EventState(SDL_DROPTEXT, SDL_IGNORE);
     const char* driver = SDL_GetCurrentVideoDriver();
     wayland = driver != nullptr && std::strcmp(driver, "wayland") == 0;
+    if (driver != nullptr && std::strcmp(driver, "x11") == 0) {
+        watchdisplay();
+    }
     reached = true;
     return true;
 }
@@ -236,7 +268,6 @@ static PlatformOpen openwindow(const WindowRequest* want)
         closewindow();
         return result;
     }
-    signals_install();
     SDL_GL_SetSwapInterval(1); // a driver that can't is let be
     clearinput();
     toldwidth = want->width;
@@ -640,6 +671,8 @@ static void* glproc(const char* symbol)
 const Platform platform_sdl = {
     .name = "sdl",
     .seconds = seconds,
+    .takesignals = signals_install,
+    .displaylost = displaylost,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,

@@ -1,0 +1,225 @@
+// The keys that make worlds and reshape them, on worlds of each kind, and what they leave in the save.
+#include "base/rnd.h"
+#include "generate/makemaze.h"
+#include "model/commands.h"
+#include "model/mazegame.h"
+#include "model/pos.h"
+#include "model/savefile.h"
+#include "model/surgery.h"
+#include "tests/window/session.h"
+
+#include <cmath>
+#include <sstream>
+
+// The base maze of a random world.
+static Maze* level_of(const MazeGame& game)
+{
+    return Maze_node(game.root, 1)->sub;
+}
+
+static i32 inner_node(const Maze* maze)
+{
+    i32 i = Maze_count(maze) - 1;
+    while (Maze_node(maze, i)->sub != nullptr || Maze_node(maze, i)->nedges == 0) {
+        i--;
+    }
+    return i;
+}
+
+static std::string graph(const Maze* maze)
+{
+    std::ostringstream out;
+    for (i32 i = 0; i < Maze_count(maze); i++) {
+        const MazeNode* const node = Maze_node(maze, i);
+        for (u32 k = 0; k < node->nedges; k++) {
+            out << node->edges[k] << " ";
+        }
+        out << (node->sub != nullptr ? "(" + graph(node->sub) + ")\n" : "\n");
+    }
+    return out.str();
+}
+
+static i32 nodes_of_colour(const Maze* maze, u32 colour)
+{
+    i32 count = 0;
+    for (i32 i = 0; i < Maze_count(maze); i++) {
+        count += Maze_node(maze, i)->rec.colour == colour ? 1 : 0;
+    }
+    return count;
+}
+
+static f64 way(const MazeNode* from, const MazeNode* to)
+{
+    return std::hypot(to->pos[0] - from->pos[0], to->pos[1] - from->pos[1],
+                      to->pos[2] - from->pos[2]);
+}
+
+static i32 moved(const Maze* before, const Maze* after)
+{
+    i32 count = 0;
+    for (i32 i = 0; i < Maze_count(before); i++) {
+        count += way(Maze_node(before, i), Maze_node(after, i)) > 1e-9 ? 1 : 0;
+    }
+    return count;
+}
+
+// What is wrong with a save of which also the ports are asked to be joined, with its place cut off.
+static std::string fault(const std::string& path)
+{
+    const std::string bytes = file_text(path);
+    std::string why(SAVE_WHY, 0);
+    if (savefile_checkcrossed(reinterpret_cast<const u8*>(bytes.data()), bytes.size(),
+                              why.data()) == SAVE_SOUND) {
+        return "";
+    }
+    why.resize(why.find('\0'));
+    return why.substr(why.find(": ") + 2);
+}
+
+class Keys_on_worlds : public WindowTest
+{
+  protected:
+    std::string save() const
+    {
+        return path("maze_save.dat");
+    }
+
+    // Leaves a world with the player inside its base maze as the save that the program loads.
+    void leave_world(i32 kind) const
+    {
+        settings("Resolution: 320x240\n");
+        MazeGame game;
+        rnd_seed(7);
+        makemaze_forced_kind = kind;
+        MazeGame_new(&game, 0);
+        makemaze_forced_kind = -1;
+        game.pos = {level_of(game), inner_node(level_of(game))};
+        std::string why(SAVE_WHY, 0);
+        const bool done = MazeGame_save(&game, save().c_str(), why.data());
+        MazeGame_free(&game);
+        ASSERT_TRUE(done) << why;
+    }
+
+    // Runs the program, gives it keys in the words of xdotool, and quits.
+    void play(const std::string& keys) const
+    {
+        Session run(desktop, folder);
+        run.start();
+        desktop.run("xdotool " + keys);
+        EXPECT_GT(desktop.colours(run.window()), 8U);
+        EXPECT_EQ(run.escape(), 0);
+        EXPECT_EQ(run.errors(), "");
+    }
+};
+
+static const char* const contractions = "key k sleep 0.15 keydown shift sleep 0.1 key k sleep 0.15 "
+                                        "keydown ctrl sleep 0.05 keyup shift sleep 0.1 "
+                                        "key k sleep 0.15 keydown shift sleep 0.1 key k sleep 0.15 "
+                                        "keyup shift keyup ctrl sleep 0.1 ";
+static const char* const simplifying = "keydown r sleep 0.2 keyup r sleep 0.1 ";
+static const char* const relaxing = "keydown e sleep 0.2 keyup e sleep 0.2 ";
+
+// The same contractions without a window.
+static void contract(MazeGame* game)
+{
+    for (u32 held = 0; held < 4; held++) { // none, Shift, Ctrl, both
+        const ReshapeKeys keys = {.simplify = false,
+                                  .relax = false,
+                                  .contract = true,
+                                  .shift = (held & 1) != 0,
+                                  .ctrl = (held & 2) != 0};
+        MazeGame_reshape(game, &keys, 0.01);
+    }
+}
+
+// Kinds 1 and 2 are kind 0 by other numbers.
+TEST_F(Keys_on_worlds, K_R_and_E_reshape_each_kind)
+{
+    for (const i32 kind : {0, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}) {
+        SCOPED_TRACE(kind);
+        ASSERT_NO_FATAL_FAILURE(leave_world(kind));
+        Save before(save());
+        contract(&before.game);
+        play(std::string(contractions) + simplifying + relaxing);
+        const Save after(save());
+        const Maze* const level = level_of(after.game);
+        EXPECT_EQ(graph(after.game.root), graph(before.game.root));
+        EXPECT_GT(moved(level_of(before.game), level), 0);
+        EXPECT_EQ(nodes_of_colour(level, 0xC04040), Maze_count(level));
+        const std::string found = fault(save());
+        EXPECT_TRUE(found.empty() || found == "no way from port to port") << found;
+    }
+}
+
+TEST_F(Keys_on_worlds, R_draws_a_level_together_and_carries_what_lies_in_it)
+{
+    ASSERT_NO_FATAL_FAILURE(leave_world(12));
+    const Save before(save());
+    play(simplifying);
+    const Save after(save());
+    const Maze* const was = level_of(before.game);
+    const Maze* const now = level_of(after.game);
+    EXPECT_EQ(graph(after.game.root), graph(before.game.root));
+    EXPECT_GT(moved(was, now), 0);
+    EXPECT_LT(Maze_extent(now), Maze_extent(was));
+    for (i32 i = 0; i < Maze_count(was); i++) {
+        const MazeNode* const node = Maze_node(was, i);
+        if (node->sub != nullptr) {
+            const MazeNode* const held = Maze_node(Maze_node(now, i)->sub, 0);
+            EXPECT_NEAR(way(Maze_node(node->sub, 0), held), way(node, Maze_node(now, i)), 1e-6);
+        }
+    }
+    EXPECT_EQ(fault(save()), "");
+}
+
+TEST_F(Keys_on_worlds, E_reddens_a_level_and_leaves_what_lies_in_it_behind)
+{
+    ASSERT_NO_FATAL_FAILURE(leave_world(12));
+    const Save before(save());
+    play(relaxing);
+    const Save after(save());
+    const Maze* const was = level_of(before.game);
+    const Maze* const now = level_of(after.game);
+    EXPECT_EQ(graph(after.game.root), graph(before.game.root));
+    EXPECT_GT(moved(was, now), 0);
+    EXPECT_EQ(nodes_of_colour(now, 0xC04040), Maze_count(now));
+    for (i32 i = 0; i < Maze_count(was); i++) {
+        const MazeNode* const node = Maze_node(was, i);
+        if (node->sub != nullptr) {
+            const Maze* const sub = Maze_node(now, i)->sub;
+            EXPECT_EQ(nodes_of_colour(sub, 0xC04040), 0);
+            EXPECT_NEAR(way(Maze_node(node->sub, 0), Maze_node(sub, 0)),
+                        0.4 * way(node, Maze_node(now, i)), 1e-6);
+        }
+    }
+    EXPECT_EQ(fault(save()), "");
+}
+
+TEST_F(Keys_on_worlds, N_with_Shift_and_Ctrl_makes_the_gallery)
+{
+    settings("Resolution: 320x240\n");
+    play("keydown shift keydown ctrl sleep 0.1 key n sleep 0.5 keyup ctrl keyup shift sleep 0.1");
+    const Save after(save());
+    EXPECT_STREQ(after.game.root->name, "pg->root");
+    EXPECT_EQ(Maze_count(after.game.root), 12);
+    EXPECT_EQ(fault(save()), "");
+}
+
+// Four million nodes are made, shown and saved. The file is judged without being built.
+TEST_F(Keys_on_worlds, N_with_Shift_makes_the_nested_grid)
+{
+    settings("Resolution: 320x240\n");
+    Session run(desktop, folder);
+    run.start();
+    const std::vector<std::uint32_t> old = desktop.pixels(run.window());
+    desktop.run("xdotool keydown shift sleep 0.1 key n sleep 0.1 keyup shift");
+    EXPECT_TRUE(wait_until(60, [&] {
+        return desktop.pixels(run.window()) != old && desktop.colours(run.window()) > 8;
+    }));
+    desktop.run("xdotool key Escape");
+    wait_until(60, [&] { return !run.running(); });
+    EXPECT_EQ(run.finish(), 0);
+    const std::string head = file_text(save()).substr(0, 5);
+    EXPECT_EQ(head.substr(1), std::string("\x90\x01\0\0", 4)) << "400 nodes at the root";
+    EXPECT_EQ(fault(save()), "");
+}
