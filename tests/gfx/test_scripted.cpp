@@ -472,3 +472,26 @@ TEST(virtualkey, gives_zero_for_any_other_text)
     EXPECT_EQ(virtualkey(";"), 0);
     EXPECT_EQ(virtualkey("AB"), 0);
 }
+
+TEST(scripted, lets_a_millisecond_pass_at_each_further_reading_in_a_frame)
+{
+    scripted_begin();
+    const ScriptedWindow window(64, 48);
+    gfx_pump();
+    EXPECT_EQ(timer_now(), 1.0 / 60.0);
+    EXPECT_EQ(timer_now(), 1.0 / 60.0 + 0.001);
+    EXPECT_EQ(timer_now(), 1.0 / 60.0 + 0.001 * 2);
+}
+
+TEST(scripted, is_back_on_its_steps_in_the_next_frame)
+{
+    scripted_begin();
+    const ScriptedWindow window(64, 48);
+    gfx_pump();
+    timer_now();
+    timer_now();
+    platform->swap();
+    EXPECT_EQ(timer_now(), 1.0 / 60.0);
+    gfx_pump();
+    EXPECT_EQ(timer_now(), 1.0 / 60.0 + 1.0 / 60.0);
+}

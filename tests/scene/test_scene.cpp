@@ -1,3 +1,4 @@
+#include "model/mazegame.h"
 #include "model/stategraph.h"
 #include "scene/ballstick.h"
 #include "tests/scene_picture.h"
@@ -295,63 +296,79 @@ TEST(nest, loses_a_maze_under_one_pixel_with_its_submazes_while_the_parent_stays
     EXPECT_GT(Maze_node(world.root, near_node)->radius, 0);
 }
 
-// What a maker was asked to paint, call by call.
+// What a maker was asked to paint.
 struct Painted {
-    i32 state;
-    f32 x, y, size;
+    i32 calls = 0;
+    i32 state = 0;
+    f32 x = 0, y = 0, size = 0;
+    GLboolean depthtest = GL_TRUE;
 };
-
-static std::vector<Painted> painted;
+static Painted painted;
 
 static void paint(const void* state, void* context, f32 x, f32 y, f32 size)
 {
     EXPECT_EQ(*static_cast<const i32*>(context), 77);
-    painted.push_back({*static_cast<const i32*>(state), x, y, size});
+    painted.calls++;
+    painted.state = *static_cast<const i32*>(state);
+    painted.x = x;
+    painted.y = y;
+    painted.size = size;
+    painted.depthtest = glIsEnabled(GL_DEPTH_TEST);
 }
 
-// A state graph of two states, 5 and 6, with the player on the second.
-static void hang_states(World* world, bool label)
+// The plot of a maze of one state, 42.
+static void plot_state(void (*label)(const void*, void*, f32, f32, f32))
 {
     StateGraph graph;
     StateGraph_new(&graph, sizeof(i32), sizeof(i32));
-    *static_cast<i32*>(graph.startstate) = 5;
+    *static_cast<i32*>(graph.startstate) = 42;
     *static_cast<i32*>(graph.context) = 77;
-    graph.neighbours = [](GrowArray* out, const void*, void*) {
-        const i32 next = 6;
-        GrowArray_init(out, sizeof(i32));
-        GrowArray_push(out, &next);
-    };
-    graph.label = label ? paint : nullptr;
-    Maze_free(world->root, true);
-    world->root = Maze_statenew(&graph);
-    Maze_stategrow(world->root, 0);
-    world->game.root = world->root;
-    world->game.pos = {world->root, 1};
+    graph.label = label;
+    MazeGame game = {};
+    MazeGame_setup(&game);
+    game.root = Maze_statenew(&graph);
+    game.pos = {game.root, 0};
+    painted = {};
+    scene_plot(&game);
+    MazeGame_free(&game);
 }
 
-TEST(scene_draw, has_the_maker_paint_the_players_state_once_in_each_slice)
-{
-    picture_open();
-    gfx_resize(207, 158);
-    World world;
-    hang_states(&world, true);
-    painted.clear();
-    world.draw();
-    ASSERT_EQ(painted.size(), 2U);
-    for (const Painted& one : painted) {
-        EXPECT_EQ(one.state, 6);
-        EXPECT_EQ(one.x, 20.0F); // whole numbers
-        EXPECT_EQ(one.y, 15.0F);
-        EXPECT_EQ(one.size, 3.0F);
-    }
-}
-
-TEST(scene_draw, paints_no_state_without_a_maker_that_paints)
+TEST(scene_plot, lets_the_maker_of_a_state_graph_paint_the_players_state)
 {
     open_small();
-    World world;
-    hang_states(&world, false);
-    painted.clear();
-    world.draw();
-    EXPECT_TRUE(painted.empty());
+    gfx_resize(197, 159);
+    plot_state(paint);
+    EXPECT_EQ(painted.calls, 1);
+    EXPECT_EQ(painted.state, 42);
+    EXPECT_EQ(painted.x, 19.0F); // the quotients are whole numbers
+    EXPECT_EQ(painted.y, 15.0F);
+    EXPECT_EQ(painted.size, 3.0F);
+    EXPECT_EQ(painted.depthtest, GL_FALSE);
+    EXPECT_EQ(glIsEnabled(GL_DEPTH_TEST), GL_TRUE);
+}
+
+TEST(scene_plot, paints_in_pixels_from_the_upper_left_corner)
+{
+    open_small();
+    glClear(GL_COLOR_BUFFER_BIT);
+    plot_state([](const void*, void*, f32 x, f32 y, f32 size) {
+        glColor3f(1, 0, 0);
+        glBegin(GL_QUADS);
+        glVertex2f(x, y);
+        glVertex2f(x + size, y);
+        glVertex2f(x + size, y + size);
+        glVertex2f(x, y + size);
+        glEnd();
+    });
+    u8 rgb[4] = {};
+    glReadPixels(200 / 10 + 1, 150 - 1 - (150 / 10 + 1), 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, rgb);
+    EXPECT_EQ(rgb[0], 255);
+    EXPECT_EQ(rgb[1], 0);
+}
+
+TEST(scene_plot, needs_no_picture_of_a_state)
+{
+    open_small();
+    plot_state(nullptr);
+    EXPECT_EQ(painted.calls, 0);
 }

@@ -3,8 +3,11 @@
 #include "base/rnd.h"
 #include "gfx/projection.h"
 #include "model/commands.h"
+#include "model/stategraph.h"
+#include "model/surgery.h"
 #include "shell/frame.h"
 #include "tests/shell_session.h"
+#include "tests/sound.h"
 
 #include <GL/gl.h>
 
@@ -15,6 +18,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <optional>
+#include <random>
+#include <string>
 
 static const char first_settings[] =
     "Windowed (Y/N): Y\n"
@@ -915,4 +920,139 @@ TEST(driver_run, prints_the_split_of_the_start_by_the_environment)
     const Folder folder;
     EXPECT_NE(play(folder, "at 3 close\n", "--size 64x48", "CORVANE_TIMES=1").outcome.err, "");
     EXPECT_EQ(play(folder, "at 3 close\n", "--size 64x48", "CORVANE_TIMES=0").outcome.err, "");
+}
+
+TEST(driver_frame, simplifies_the_maze_while_r_is_held)
+{
+    Session session;
+    leave_line(session.folder);
+    session.at(2, SCRIPT_KEY_DOWN, 'R');
+    ASSERT_TRUE(session.start_framed());
+    const MazeNode* const end = Maze_node(session.driver.game.root, 19);
+    session.frames(1);
+    EXPECT_EQ(end->pos[0], 19 * 2.5);
+    session.frames(1);
+    EXPECT_NEAR(end->pos[0], 19 * 2.5 - 2.5 / 60, 1e-9);
+    EXPECT_NEAR(simplify_rate, 1 + 1.0 / 60, 1e-9);
+    session.at(4, SCRIPT_KEY_UP, 'R');
+    session.frames(2);
+    EXPECT_EQ(simplify_rate, 1.0);
+}
+
+TEST(driver_frame, relaxes_the_maze_while_e_is_held)
+{
+    Session session;
+    leave_line(session.folder);
+    session.at(2, SCRIPT_KEY_PRESS, 'E');
+    ASSERT_TRUE(session.start_framed());
+    const MazeNode* const node = Maze_node(session.driver.game.root, 5);
+    session.frames(1);
+    EXPECT_EQ(node->rec.colour, 0x808080U);
+    session.frames(1);
+    EXPECT_EQ(node->rec.colour, 0xC04040U);
+}
+
+TEST(driver_frame, contracts_the_maze_once_for_a_press_of_k)
+{
+    Session session;
+    Maze* const left = make_ring(12);
+    leave_world(session.folder, left, {left, 5});
+    session.at(2, SCRIPT_KEY_DOWN, KEY_SHIFT);
+    session.at(2, SCRIPT_KEY_DOWN, 'K');
+    ASSERT_TRUE(session.start_framed());
+    MazeGame* const game = &session.driver.game;
+    const World once(make_ring(12));
+    Maze_contract(once.get(), 2);
+    session.frames(4); // a key that stays down counts in its first frame only
+    for (i32 i = 0; i < 12; i++) {
+        EXPECT_EQ(neighbours(game->root, i), neighbours(once.get(), i)) << i;
+    }
+    EXPECT_NE(Maze_edgecount(once.get()), 12);
+    EXPECT_FALSE(neighbours(game->root, game->pos.node).empty());
+    EXPECT_SOUND(game->root);
+}
+
+TEST(driver_frame, reshapes_the_new_maze_in_the_frame_of_n)
+{
+    Session session;
+    session.folder.write("config.txt", "Seed: 5\n");
+    leave_line(session.folder);
+    session.at(1, SCRIPT_KEY_PRESS, 'N');
+    session.at(1, SCRIPT_KEY_PRESS, 'E');
+    ASSERT_TRUE(session.start_framed());
+    session.frames(1);
+    EXPECT_EQ(Pos_node(session.driver.game.pos)->rec.colour, 0xC04040U);
+}
+
+TEST(driver_frame, expands_ten_nodes_near_the_player_in_a_frame)
+{
+    Session session;
+    leave_line(session.folder, 30);
+    ASSERT_TRUE(session.start_framed());
+    Maze* const root = session.driver.game.root;
+    for (i32 i = 1; i < 29; i++) {
+        Maze_node(root, i)->expandable = 1;
+    }
+    testing::internal::CaptureStdout();
+    session.frames(1);
+    testing::internal::GetCapturedStdout();
+    i32 nested = 0;
+    for (i32 i = 0; i < 30; i++) {
+        nested += Maze_node(root, i)->sub != nullptr ? 1 : 0;
+    }
+    EXPECT_EQ(nested, 10);
+    EXPECT_SOUND(root);
+    EXPECT_NE(session.driver.game.pos.maze, root); // the player's node was among them
+}
+
+// A ring of 7 states.
+static void seven_neighbours(GrowArray* out, const void* state, void*)
+{
+    GrowArray_init(out, sizeof(i32));
+    const i32 next = (*static_cast<const i32*>(state) + 1) % 7;
+    GrowArray_push(out, &next);
+}
+
+TEST(driver_frame, grows_a_state_graph_everywhere_while_c_is_held)
+{
+    Session session;
+    leave_line(session.folder);
+    session.at(2, SCRIPT_KEY_DOWN, 'C');
+    ASSERT_TRUE(session.start_framed());
+    StateGraph graph;
+    StateGraph_new(&graph, sizeof(i32), 0);
+    graph.neighbours = seven_neighbours;
+    MazeGame* const game = &session.driver.game;
+    MazeGame_free(game);
+    Maze* const maze = Maze_statenew(&graph);
+    *game = make_game(maze, {maze, 0});
+    session.frames(1);
+    EXPECT_EQ(Maze_count(maze), 2); // at the player's node only
+    session.frames(8);
+    EXPECT_EQ(Maze_count(maze), 7);
+    EXPECT_SOUND(maze);
+}
+
+TEST(driver_frame, leaves_a_save_that_loads_after_random_reshaping)
+{
+    for (u32 seed = 1; seed <= 3; seed++) {
+        Session session;
+        session.folder.write("config.txt", "Seed: " + std::to_string(seed) + "\n");
+        std::mt19937 dice(seed);
+        static const char keys[] = "REKKEWASD";
+        for (i32 frame = 2; frame < 240; frame++) {
+            session.at(frame, SCRIPT_KEY_PRESS, keys[dice() % 9]);
+            if (dice() % 2 == 0) {
+                session.at(frame, SCRIPT_KEY_PRESS, dice() % 2 == 0 ? KEY_SHIFT : KEY_CTRL);
+            }
+        }
+        testing::internal::CaptureStdout();
+        ASSERT_TRUE(session.start_framed());
+        session.frames(240);
+        testing::internal::GetCapturedStdout();
+        EXPECT_SOUND(session.driver.game.root);
+        EXPECT_EQ(session.stop(), 0);
+        const Saved saved(session.folder);
+        EXPECT_TRUE(saved.loaded);
+    }
 }
