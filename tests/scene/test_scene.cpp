@@ -1,4 +1,3 @@
-#include "model/stategraph.h"
 #include "scene/ballstick.h"
 #include "tests/scene_picture.h"
 
@@ -293,65 +292,4 @@ TEST(nest, loses_a_maze_under_one_pixel_with_its_submazes_while_the_parent_stays
     EXPECT_EQ(reds(below), 0);
     EXPECT_GT(below.painted(), 0);
     EXPECT_GT(Maze_node(world.root, near_node)->radius, 0);
-}
-
-// What a maker was asked to paint, call by call.
-struct Painted {
-    i32 state;
-    f32 x, y, size;
-};
-
-static std::vector<Painted> painted;
-
-static void paint(const void* state, void* context, f32 x, f32 y, f32 size)
-{
-    EXPECT_EQ(*static_cast<const i32*>(context), 77);
-    painted.push_back({*static_cast<const i32*>(state), x, y, size});
-}
-
-// A state graph of two states, 5 and 6, with the player on the second.
-static void hang_states(World* world, bool label)
-{
-    StateGraph graph;
-    StateGraph_new(&graph, sizeof(i32), sizeof(i32));
-    *static_cast<i32*>(graph.startstate) = 5;
-    *static_cast<i32*>(graph.context) = 77;
-    graph.neighbours = [](GrowArray* out, const void*, void*) {
-        const i32 next = 6;
-        GrowArray_init(out, sizeof(i32));
-        GrowArray_push(out, &next);
-    };
-    graph.label = label ? paint : nullptr;
-    Maze_free(world->root, true);
-    world->root = Maze_statenew(&graph);
-    Maze_stategrow(world->root, 0);
-    world->game.root = world->root;
-    world->game.pos = {world->root, 1};
-}
-
-TEST(scene_draw, has_the_maker_paint_the_players_state_once_in_each_slice)
-{
-    picture_open();
-    gfx_resize(207, 158);
-    World world;
-    hang_states(&world, true);
-    painted.clear();
-    world.draw();
-    ASSERT_EQ(painted.size(), 2U);
-    for (const Painted& one : painted) {
-        EXPECT_EQ(one.state, 6);
-        EXPECT_EQ(one.x, 20.0F); // whole numbers
-        EXPECT_EQ(one.y, 15.0F);
-        EXPECT_EQ(one.size, 3.0F);
-    }
-}
-
-TEST(scene_draw, paints_no_state_without_a_maker_that_paints)
-{
-    open_small();
-    World world;
-    hang_states(&world, false);
-    painted.clear();
-    world.draw();
-    EXPECT_TRUE(painted.empty());
 }
