@@ -991,7 +991,7 @@ TEST(driver_frame, expands_ten_nodes_near_the_player_in_a_frame)
     ASSERT_TRUE(session.start_framed());
     Maze* const root = session.driver.game.root;
     for (i32 i = 1; i < 29; i++) {
-        Maze_node(root, i)->expandable = 1;
+        MazeNode_await(Maze_node(root, i));
     }
     testing::internal::CaptureStdout();
     session.frames(1);
