@@ -3,6 +3,7 @@
 #include "base/rnd.h"
 #include "gfx/projection.h"
 #include "model/commands.h"
+#include "model/connect.h"
 #include "model/stategraph.h"
 #include "model/surgery.h"
 #include "shell/frame.h"
