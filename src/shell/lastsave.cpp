@@ -10,13 +10,13 @@
 #include <thread>
 
 static constexpr std::chrono::seconds patience(60);
-static constexpr std::chrono::milliseconds look(5); // between two looks at `ended`
+static constexpr std::chrono::milliseconds look(5); // between two looks
 
-static std::recursive_timed_mutex guard; // held during a change, and for good by atend
-static i32 depth;                        // of holds; written under the guard
-static void (*wanted)(bool whole);       // written under the guard; null: nothing is saved
-static bool registered;                  // atend is, once in a process
-static std::atomic<bool> ended;          // atend has returned; written by it
+static std::recursive_timed_mutex guard;   // held during a change, and for good by atend
+static i32 depth;                          // of holds; written under the guard
+static void (*wanted)(bool whole);         // written under the guard; null: nothing is saved
+static bool registered;                    // atend is, once in a process
+static std::atomic<std::thread::id> ender; // the thread that ends the process; written by atend
 
 static void saveonce()
 {
@@ -33,17 +33,20 @@ static void saveonce()
 
 static void atend()
 {
+    ender = std::this_thread::get_id();
     saveonce();
-    ended = true;
 }
 
 // Two threads may call exit at the same time, as each finds that the display is gone. The system calls
 // each handler once, on one of them, and lets the other pass on; so it is kept here, behind atend, lest
-// it end the process in the midst of the save. Patience is for both waits: this and that for the guard.
+// it end the process in the midst of the save. The process then ends under it: from here on two at once
+// would free what the system keeps of its handlers twice. Patience is for both waits: this and that for
+// the guard.
 static void afteratend()
 {
     const auto limit = std::chrono::steady_clock::now() + 2 * patience;
-    while (!ended && !report_fatal_made && std::chrono::steady_clock::now() < limit) {
+    const bool other = ender.load() != std::this_thread::get_id();
+    while (other && !report_fatal_made && std::chrono::steady_clock::now() < limit) {
         std::this_thread::sleep_for(look);
     }
 }
