@@ -47,7 +47,9 @@ static bool is(const Content& found, const Content& wanted)
 
 // Stages
 
-static const char* const some_settings = "Seed: 5\nStereo Depth: 0.1\nColour of the door: green\n";
+const std::string no_world = "this is no world";
+
+static const char* const some_settings = "Seed: 3\nStereo Depth: 0.1\nColour of the door: green\n";
 
 // The bytes of the save that the stages start with.
 static const std::string& old_world()
@@ -80,6 +82,13 @@ Stage second_stage()
     Stage stage = usual_stage();
     stage.second = true;
     stage.save = "maze_save-2.dat";
+    return stage;
+}
+
+Stage refused_stage()
+{
+    Stage stage = usual_stage();
+    stage.prepare = [](const Folder& folder) { folder.write("maze_save.dat", no_world); };
     return stage;
 }
 
@@ -251,7 +260,11 @@ static void set_phases(std::vector<Call>* calls, bool second)
     const size_t first = find_replacement(*calls, 0, false);
     const size_t lock = find_call(*calls, first, "flock", ".");
     const size_t save = find_replacement(*calls, lock, second);
-    const size_t last = find_replacement(*calls, save + 2, false);
+    size_t last = save; // where there is no save yet, its path is looked at twice
+    while (last < calls->size() && (*calls)[last].file != "config.txt") {
+        last++;
+    }
+    EXPECT_LT(last, calls->size()) << "the run does not write the settings at its end";
     for (size_t i = 0; i < calls->size(); i++) {
         Phase phase = Phase::READ_SETTINGS;
         phase = i >= first ? Phase::WRITE_SETTINGS : phase;
@@ -329,11 +342,13 @@ Expected expect_of(const Stage& stage)
         expected.settings[1] = content(folder, "config.txt");
     }
     std::string before = "none";
-    for (int i = 0; i < 20 && all_calls(expected.calls) != before; i++) {
-        before = all_calls(expected.calls);
+    int same = 0;
+    for (int i = 0; i < 30 && same < 3; i++) {
         record_run(&expected);
+        same = all_calls(expected.calls) == before ? same + 1 : 0;
+        before = all_calls(expected.calls);
     }
-    EXPECT_EQ(all_calls(expected.calls), before); // the same twice
+    EXPECT_EQ(same, 3) << "runs don't come to make the same calls";
     set_phases(&expected.calls, stage.second);
     EXPECT_TRUE(is_sound(expected.new_save));
     EXPECT_FALSE(is(expected.new_save, expected.old_save));
@@ -356,7 +371,8 @@ Trial::Trial(const Expected& undisturbed, const Call& at, const std::string& wit
     : expected(undisturbed), call(at), fault(with)
 {
     attempt();
-    for (int i = 0; i < 2 && !met(); i++) {
+    for (int i = 0; i < 4 && !met(); i++) {
+        count_anew();
         wholefile_unlock(lock);
         for (const auto& entry : std::filesystem::directory_iterator(folder.path)) {
             std::filesystem::remove_all(entry.path());
@@ -369,6 +385,19 @@ Trial::Trial(const Expected& undisturbed, const Call& at, const std::string& wit
 Trial::~Trial()
 {
     wholefile_unlock(lock);
+}
+
+// The library may have found more in its cache meanwhile, so that the call has another number.
+void Trial::count_anew()
+{
+    Expected now;
+    now.stage = expected.stage;
+    record_run(&now);
+    for (const Call& made : now.calls) {
+        if (made.text() == call.text()) {
+            call.index = made.index;
+        }
+    }
 }
 
 void Trial::attempt()

@@ -44,6 +44,9 @@ Stage usual_stage();
 Stage first_stage();
 /// The usual one while another copy runs.
 Stage second_stage();
+/// The save is no game: it holds no_world.
+Stage refused_stage();
+extern const std::string no_world;
 /// Save and settings are links to files in another folder.
 Stage linked_stage();
 
@@ -75,10 +78,10 @@ struct Expected {
 };
 Expected expect_of(const Stage& stage);
 
-/// One run with a fault at a call: the name of an error, or "KILL". The run is repeated if the call was
-/// not met, and the test fails if that goes on.
+/// One run with a fault at a call: the name of an error, or "KILL". If another call was met the calls are
+/// counted anew and the run is repeated; the test fails if that goes on.
 struct Trial {
-    Trial(const Expected& expected, const Call& call, const std::string& fault);
+    Trial(const Expected& undisturbed, const Call& at, const std::string& with);
 
     /// Fails the test unless files, words and exit code agree, and agree with the fault.
     void judge() const;
@@ -98,6 +101,7 @@ struct Trial {
 
   private:
     void attempt();
+    void count_anew();
     bool met() const;
     void judge_read_settings() const;
     void judge_write_settings() const;

@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <unistd.h>
 
 static const Expected& usual()
 {
@@ -17,6 +16,38 @@ struct Disk {
     std::string room;          // its size, as mount takes it
     std::string after_filling; // a command in its folder before the run
 };
+
+// A command that runs another where it may mount, and where nobody else sees what it mounts. A folder
+// that serves as the root can't be kept from being seen, as in a chroot; there is nobody else in there.
+static std::string find_way()
+{
+    const Folder point;
+    const Folder side;
+    side.write("probe", "set -e\nmount -t tmpfs corvane '" + point.path + "'\numount '" +
+                            point.path + "'\n");
+    std::string reasons;
+    for (const char* const user : {"unshare -m", "unshare -rm"}) {
+        for (const char* const seen : {" --propagation private", " --propagation unchanged"}) {
+            std::string way = std::string(user) + seen;
+            const Outcome outcome = run_in(side, way + " sh " + side.file("probe"));
+            if (outcome.code == 0) {
+                return way;
+            }
+            reasons += "\n" + way + ": " + outcome.err;
+        }
+    }
+    ADD_FAILURE()
+        << "No file system can be mounted here, neither as the user who runs the tests nor "
+           "in a user namespace of its own, so that full disks can't be tried:"
+        << reasons;
+    return "false";
+}
+
+static const std::string& way()
+{
+    static const std::string found = find_way();
+    return found;
+}
 
 // Runs on a disk that holds what `setup` holds, and copies what is left into `result`.
 static RunLeft run_on(const Disk& disk, const Folder& setup, const Folder& result)
@@ -44,8 +75,7 @@ static RunLeft run_on(const Disk& disk, const Folder& setup, const Folder& resul
                               point.path +
                               "'\n"
                               "exit $code\n");
-    const std::string alone = geteuid() == 0 ? "unshare -m" : "unshare -rm";
-    return run_plain(point, alone + " --propagation unchanged sh " + side.file("mounted"));
+    return run_plain(point, way() + " sh " + side.file("mounted"));
 }
 
 static RunLeft run_usual_on(const Disk& disk, const Folder& result)
@@ -140,11 +170,42 @@ TEST(disk, that_is_full_behind_a_link_keeps_link_and_file)
     EXPECT_EQ(leftovers(result), std::vector<std::string>());
 }
 
+// From none at all to more than the new files take, so that writing ends at many places.
+TEST(disk, with_any_room_left_keeps_old_files_or_takes_new_ones_whole)
+{
+    int saved = 0;
+    const std::vector<int> rooms = {0,  1,  2,  3,  8,  15, 16, 17, 30,
+                                    31, 32, 33, 34, 40, 42, 43, 44, 48};
+    const size_t page = 4096;
+    const size_t used = (usual().old_save->size() + page - 1) / page + 1; // and the settings'
+    for (const int room : rooms) {
+        SCOPED_TRACE(std::to_string(room) + " pages");
+        const std::string size = std::to_string((used + static_cast<size_t>(room)) * 4) + "k";
+        const Folder result;
+        const RunLeft run = run_usual_on({.room = size, .after_filling = ""}, result);
+        judge_claims(usual(), result, run);
+        saved += content(result, "maze_save.dat") == usual().new_save ? 1 : 0;
+    }
+    count_points("disks with some room left", static_cast<int>(rooms.size()));
+    EXPECT_GT(saved, 0);
+    EXPECT_LT(saved, static_cast<int>(rooms.size()));
+}
+
+TEST(disk, without_a_name_left_keeps_both_old_files)
+{
+    const Folder result;
+    const RunLeft run = run_usual_on({.room = "1m,nr_inodes=3", .after_filling = ""}, result);
+    EXPECT_EQ(run.code, 1);
+    judge_claims(usual(), result, run);
+    EXPECT_TRUE(content(result, "maze_save.dat") == usual().old_save);
+    EXPECT_EQ(content(result, "config.txt"), usual().settings[0]);
+}
+
 TEST(disk, that_is_protected_keeps_both_old_files)
 {
     const Folder result;
     const RunLeft run =
-        run_usual_on({.room = "1m", .after_filling = "mount -o remount,ro \"$PWD\""}, result);
+        run_usual_on({.room = "1m", .after_filling = "mount -o remount,bind,ro \"$PWD\""}, result);
     EXPECT_EQ(run.code, 1);
     EXPECT_EQ(run.told.size(), 4U);
     expect_told(run, 0, settings_unsaved, EROFS);

@@ -45,7 +45,7 @@ TEST(error, at_any_call_of_a_first_run_is_told_truly)
     const Expected first = expect_of(first_stage());
     const int points = sweep(first, {Phase::WRITE_SETTINGS, Phase::SAVE}, {"EIO"});
     count_points("I/O errors in a first run", points);
-    EXPECT_GE(points, 20);
+    EXPECT_GE(points, 40);
 }
 
 // The errors that are not the disk's.

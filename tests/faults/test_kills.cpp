@@ -17,5 +17,5 @@ TEST(kill, at_any_call_of_a_first_run_leaves_whole_files_or_none)
     const Expected first = expect_of(first_stage());
     const int points = sweep(first, {Phase::WRITE_SETTINGS, Phase::SAVE}, {"KILL"});
     count_points("kills in a first run", points);
-    EXPECT_GE(points, 20);
+    EXPECT_GE(points, 40);
 }
