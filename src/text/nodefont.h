@@ -3,11 +3,13 @@
 // A glyph's nodes stand on a coarse grid, x to the right and y up, the baseline at y = 0 and the top
 // of the letters at y = 1; its edges are stroked with a pen whose width and corners are parameters.
 // Lower-case letters are drawn with their x-height at 0.5 and get the x-height of the parameters when
-// they are shaped. Nothing here draws.
+// they are shaped. The font that comes of it is an atlas of distance ramps, which a program turns into
+// sharp text of any size.
 #pragma once
 
 #include "base/growarray.h"
 #include "base/types.h"
+#include "text/bitmapfonts.h"
 
 enum { NODEFONT_CODES = 256, NODEFONT_LENGTH = 2520 };
 
@@ -75,3 +77,22 @@ void NodeFont_glyphbox(f32 box[4], const NodeFontChar* glyph, i32 code,
 
 /// Receives the box that holds those of all glyphs.
 void NodeFont_setbox(f32 box[4], const NodeFontCharSet* set, const NodeFontParams* params);
+
+/// Builds a font from a table: strokes every glyph into a texture, adds the font to the table of fonts
+/// and prepares text_program. `scale` is pixels a letter height, `margin` the width of the distance ramp
+/// in pixels. The atlas is drawn offscreen. The font becomes current if none is. Lent.
+///
+/// Fatal if the atlas doesn't fit in a texture, or if the table is damaged.
+Font* NodeFontCharSet_load(const u8* data, u32 length, const char* name,
+                           const NodeFontParams* params, f32 scale, f32 margin);
+
+/// Draws one glyph into the current framebuffer, in letter heights, with the greatest value kept where
+/// pieces overlap: 0.5 on the edge of a stroke, the current colour `fade` / 2 inside, 0 `fade` / 2
+/// outside. Leaves blending off.
+void NodeFont_stroke(const NodeFontChar* glyph, i32 code, const NodeFontParams* params, f32 fade);
+
+/// The program that draws glyphs sharply; 0 for none. Written by NodeFont_program.
+extern u32 text_program;
+
+/// Prepares text_program for a font. Leaves program 0 current.
+void NodeFont_program(const Font* font, f32 margin);
