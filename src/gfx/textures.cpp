@@ -157,7 +157,7 @@ void tex_set_anisotropy(GLenum target)
     glTexParameterf(target, GL_TEXTURE_MAX_ANISOTROPY_EXT, max_anisotropy);
 }
 
-void tex_blend_equation(GLenum mode)
+bool tex_blend_equation(GLenum mode)
 {
     static PFNGLBLENDEQUATIONPROC call; // null until first use, and where the driver lacks it
     if (call == nullptr) {
@@ -166,6 +166,7 @@ void tex_blend_equation(GLenum mode)
     if (call != nullptr) {
         call(mode);
     }
+    return call != nullptr;
 }
 
 static GLuint maketexture()

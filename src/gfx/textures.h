@@ -40,8 +40,8 @@ void tex_box_mipmaps(GLenum target, i32 components, i32 width, i32 height, u8* b
 /// Raises the anisotropy of the texture bound to `target` to the card's limit, if it has any.
 void tex_set_anisotropy(GLenum target);
 
-/// glBlendEquation, looked up on first use. Does nothing where the driver lacks it.
-void tex_blend_equation(GLenum mode);
+/// glBlendEquation, looked up on first use. Does nothing, and returns false, where the driver lacks it.
+bool tex_blend_equation(GLenum mode);
 
 /// A new texture of random RGB pixels, repeating. Six draws a pixel, from the last pixel to the first.
 GLuint tex_noise(i32 width, i32 height);
