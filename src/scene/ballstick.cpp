@@ -1,10 +1,11 @@
 #include "scene/ballstick.h"
 
 #include "gfx/gl/shaderprocs.h"
-#include "model/drawsphere.h"
 #include "model/mazegame.h"
 #include "scene/colours.h"
+#include "scene/exits.h"
 #include "scene/lists.h"
+#include "scene/view.h"
 
 #include <cstdlib>
 
@@ -83,27 +84,6 @@ static void emitband(const MazeNode* node, const MazeNode* target, u32 colour, f
     emitbandcorner(target, 1);
 }
 
-// Whether a level draws its sticks to `target`. A stick that climbs out is drawn from above, by the
-// level that owns it; one inside a level is drawn from both ends, each with its own record.
-static bool drawsto(const Maze* maze, const Maze* target)
-{
-    return target->parent == maze || target->parent == maze->parent;
-}
-
-static i32 listexits(Maze* maze, i32 n, bool alledges, Pos* exits, VisitRec* recs)
-{
-    if (alledges) {
-        return Pos_alledges({maze, n}, exits, recs);
-    }
-    const MazeNode* const node = Maze_node(maze, n);
-    const i32 count = static_cast<i32>(node->nedges);
-    for (i32 i = count - 1; i >= 0; i--) {
-        exits[i] = {maze, node->edges[i]};
-        recs[i] = node->edgerec[i];
-    }
-    return count;
-}
-
 static bool coloursexits(const MazeGame* game)
 {
     return game == nullptr || game->showexits != 0;
@@ -120,8 +100,8 @@ void sphere_sticklist(Maze* maze, const MazeGame* game, bool alledges)
         }
         Pos exits[POS_MAXEDGES];
         VisitRec recs[POS_MAXEDGES];
-        for (i32 i = listexits(maze, n, alledges, exits, recs) - 1; i >= 0; i--) {
-            if (!drawsto(maze, exits[i].maze)) {
+        for (i32 i = exits_list({maze, n}, alledges, exits, recs) - 1; i >= 0; i--) {
+            if (!exits_drawn(maze, exits[i].maze)) {
                 continue;
             }
             const bool byexit = byexits && exits[i].maze == maze;
@@ -164,17 +144,9 @@ static ListPair* buildlists(Maze* maze, const MazeGame* game, bool alledges)
     return lists;
 }
 
-static bool outofview(Maze* maze, const ViewRec* view)
-{
-    f64 centre[3];
-    f64 radius;
-    Maze_drawsphere(maze, centre, &radius);
-    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0;
-}
-
 void sphere_lists(Maze* maze, MazeGame* game, SphereList which, bool recursive)
 {
-    if (outofview(maze, &game->view)) {
+    if (Maze_outofview(maze, &game->view)) {
         return;
     }
     const ListPair* lists = static_cast<ListPair*>(Maze_attachment(maze, "lists"));

@@ -3,13 +3,18 @@
 #include "gfx/gfx_opengl.h"
 #include "gfx/projection.h"
 #include "model/attachment.h"
+#include "model/connect.h"
 #include "model/stategraph.h"
 #include "scene/ballstick.h"
+#include "scene/flat.h"
+#include "scene/grid.h"
+#include "scene/labels.h"
 #include "scene/view.h"
 
 #include <GL/gl.h>
 
 #include <bit>
+#include <cstdlib>
 
 i32 plot_type = 0;
 i32 voronoi_on = 0;
@@ -69,10 +74,68 @@ static void drawstate(const MazeGame* game)
     gfx_overlay_end();
 }
 
+static void spheres_plot(MazeGame* game)
+{
+    labels_draw_font(game->root, game, true);
+    sphere_sticks(game->root, game, true);
+    sphere_balls(game->root, game, true);
+}
+
+static void drawmaze(MazeGame* game)
+{
+    if (key_held('J')) {
+        flat_plot(game->root, game, true);
+    } else {
+        spheres_plot(game);
+    }
+}
+
+// A copy of the player's level with nothing but what can be reached from there. Owned by the caller.
+static Maze* reachablecopy(Pos from)
+{
+    u8* const reached = Maze_reachable(from.maze, from.node);
+    Maze* const copy = Maze_clone(from.maze, false);
+    for (i32 n = Maze_count(copy) - 1; n >= 0; n--) {
+        if (reached[n] == 0) {
+            Maze_delnode(copy, n, true);
+        }
+    }
+    std::free(reached);
+    return copy;
+}
+
+static void paint(Maze* maze, u32 colour)
+{
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        MazeNode* const node = Maze_node(maze, n);
+        node->rec.colour = colour;
+        for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
+            node->edgerec[i].colour = colour;
+        }
+    }
+}
+
+// Paints what can be reached in the player's level over the picture, in blue.
+static void drawreachable(MazeGame* game)
+{
+    Maze* const copy = reachablecopy(game->pos);
+    paint(copy, 0x0000FF);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_COLOR);
+    flat_plot(copy, game, false);
+    glDisable(GL_BLEND);
+    Maze_free(copy, false);
+}
+
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
-    sphere_sticks(game->root, game, true);
-    sphere_balls(game->root, game, true);
+    drawmaze(game);
     drawstate(game);
+    if (key_held('F')) {
+        drawreachable(game);
+    }
+    if (grid_on != 0) {
+        grid_draw(game);
+    }
 }

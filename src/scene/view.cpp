@@ -1,6 +1,7 @@
 #include "scene/view.h"
 
 #include "gfx/gfx_opengl.h"
+#include "model/drawsphere.h"
 
 #include <GL/gl.h>
 
@@ -50,4 +51,12 @@ void MazeGame_applyview(MazeGame* game)
     glTranslated(-heldcoordinate(game->campos[0]), -heldcoordinate(game->campos[1]),
                  -heldcoordinate(game->campos[2]));
     ViewRec_get(&game->view);
+}
+
+bool Maze_outofview(Maze* maze, const ViewRec* view)
+{
+    f64 centre[3];
+    f64 radius;
+    Maze_drawsphere(maze, centre, &radius);
+    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0;
 }
