@@ -196,7 +196,7 @@ static void makeatlas(const Atlas* atlas)
     glShadeModel(GL_SMOOTH);
     maketexture(atlas->font);
     drawparts(atlas);
-    tex_make_mipmaps(GL_TEXTURE_2D);
+    tex_make_mipmaps_plainly(GL_TEXTURE_2D); // at start-up, when the driver's way takes longest
     glPopAttrib();
 }
 
