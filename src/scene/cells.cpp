@@ -108,12 +108,24 @@ void polygon_clip(GrowArray* poly, const f64 mid[2], const f64 dir[2], i32 neigh
 
 // Building
 
-// Another node as a cell sees it: places are relative to the cell's node, in its longest links.
+// The nodes of a level by the buckets of a grid, close together: those of one row of buckets along x
+// follow each other.
+struct Site {
+    f64 pos[3];
+    i32 index;
+};
+
+struct Sites {
+    Site* site; // owned
+    i32*
+        first; // owned; the number of the first site of each bucket, and that of all behind the last
+    SpatialGrid grid;
+};
+
+// Another node that may cut a cell.
 struct Rival {
     f64 order; // nearest first: square of the distance in plan, a hair more for one above or below
-    f64 square;
-    f64 x, y;
-    i32 index;
+    i32 site;
 };
 
 // The cell that is being cut, at the origin in units of the longest link.
@@ -124,12 +136,13 @@ struct Cutting {
     i32 count;
     f64 square;       // of the distance of the farthest corner
     GrowArray rivals; // of Rival: those of one ring of buckets
-    const SpatialGrid* grid;
-    f64 lo[2];   // corner of the grid's box, seen as the rivals are
+    const Sites* sites;
+    f64 lo[2];   // corner of the grid's box, seen from the node
     f64 side[2]; // sides of a bucket
     const MazeNode* node;
     i32 index;
-    f64 unit; // the longest link, maze units
+    f64 unit;  // the longest link, maze units
+    f64 scale; // its inverse
     Pos exits[POS_MAXEDGES];
     i32 exitcount;
 };
@@ -163,7 +176,7 @@ static void startsquare(Cutting* cell)
         cell->corners[k] = {.x = places[k][0], .y = places[k][1], .neighbour = -1, .linked = -1};
     }
     cell->count = 4;
-    measure(cell);
+    cell->square = 2 * r * r;
 }
 
 static i32 islinked(const Cutting* cell, i32 index)
@@ -176,12 +189,21 @@ static i32 islinked(const Cutting* cell, i32 index)
     return 0;
 }
 
-static void cutby(Cutting* cell, const Rival* rival)
+// A node that is twice as far as the farthest corner, or more, can't cut.
+static bool canreach(const Cutting* cell, f64 square)
 {
-    const HalfPlane plane = {.mid = {rival->x * 0.5, rival->y * 0.5},
-                             .dir = {rival->x, rival->y},
-                             .neighbour = rival->index,
-                             .linked = 0};
+    return square < 4 * cell->square;
+}
+
+static void cutby(Cutting* cell, const Site* site)
+{
+    const f64 x = (site->pos[0] - cell->node->pos[0]) * cell->scale;
+    const f64 y = (site->pos[1] - cell->node->pos[1]) * cell->scale;
+    if (!canreach(cell, x * x + y * y)) {
+        return;
+    }
+    const HalfPlane plane = {
+        .mid = {x * 0.5, y * 0.5}, .dir = {x, y}, .neighbour = site->index, .linked = 0};
     makeroom(cell);
     const i32 count = cut(cell->spare, cell->corners, cell->count, &plane);
     if (count == CUT_NOTHING) {
@@ -192,29 +214,18 @@ static void cutby(Cutting* cell, const Rival* rival)
     measure(cell);
 }
 
-// A node that is twice as far as the farthest corner, or more, can't cut.
-static bool canreach(const Cutting* cell, f64 square)
+static void gather(Cutting* cell, i32 from, i32 end)
 {
-    return square < 4 * cell->square;
-}
-
-static void gather(Cutting* cell, const GrowArray* bucket)
-{
-    const f64 scale = 1 / cell->unit;
     const f64* const pos = cell->node->pos;
-    for (i32 i = static_cast<i32>(bucket->count) - 1; i >= 0; i--) {
-        const GridEntry* const entry = items<GridEntry>(bucket) + i;
-        const f64 x = (entry->lo[0] - pos[0]) * scale;
-        const f64 y = (entry->lo[1] - pos[1]) * scale;
-        const f64 z = (entry->lo[2] - pos[2]) * scale;
+    for (i32 i = from; i < end; i++) { // as they lie
+        const Site* const site = cell->sites->site + i;
+        const f64 x = (site->pos[0] - pos[0]) * cell->scale;
+        const f64 y = (site->pos[1] - pos[1]) * cell->scale;
+        const f64 z = (site->pos[2] - pos[2]) * cell->scale;
         const f64 square = x * x + y * y;
         if (canreach(cell, square) && square + z * z <= search_reach * search_reach &&
-            entry->index != cell->index) {
-            const Rival rival = {.order = square + 1e-9 * z * z,
-                                 .square = square,
-                                 .x = x,
-                                 .y = y,
-                                 .index = entry->index};
+            site->index != cell->index) {
+            const Rival rival = {.order = square + 1e-9 * z * z, .site = i};
             GrowArray_push(&cell->rivals, &rival);
         }
     }
@@ -231,9 +242,7 @@ static void cutbyrivals(Cutting* cell)
     const i32 count = static_cast<i32>(cell->rivals.count);
     std::sort(rivals, rivals + count, isnearer);
     for (i32 i = 0; i < count; i++) { // nearest first
-        if (canreach(cell, rivals[i].square)) {
-            cutby(cell, rivals + i);
-        }
+        cutby(cell, cell->sites->site + rivals[i].site);
     }
     cell->rivals.count = 0;
 }
@@ -244,31 +253,31 @@ struct Search {
     i32 z0, z1;
 };
 
-static void gathercolumn(Cutting* cell, const Search* search, i32 x, i32 y)
+// The buckets x0 to x1 of a row, as far as there are any, at all heights.
+static void gatherrow(Cutting* cell, const Search* search, i32 x0, i32 x1, i32 y)
 {
-    const SpatialGrid* const grid = cell->grid;
-    if (x < 0 || x >= grid->nx || y < 0 || y >= grid->ny) {
+    const SpatialGrid* const grid = &cell->sites->grid;
+    const i32 from = std::max(x0, 0);
+    const i32 end = std::min(x1, grid->nx - 1) + 1;
+    if (from >= end || y < 0 || y >= grid->ny) {
         return;
     }
     for (i32 z = search->z1; z >= search->z0; z--) {
-        gather(cell, SpatialGrid_bucket(grid, x, y, z));
+        const i32* const first = cell->sites->first + (z * grid->ny + y) * grid->nx;
+        gather(cell, first[from], first[end]);
     }
 }
 
-// The columns of buckets that are `m` away from the cell's own.
+// The columns of buckets that are `m` away from the cell's own; the first ring has its own as well.
 static void gatherring(Cutting* cell, const Search* search, i32 m)
 {
-    if (m == 0) {
-        gathercolumn(cell, search, search->x, search->y);
-        return;
-    }
     for (i32 i = m; i >= -m; i--) {
-        gathercolumn(cell, search, search->x + i, search->y - m);
-        gathercolumn(cell, search, search->x + i, search->y + m);
-    }
-    for (i32 i = m - 1; i > -m; i--) {
-        gathercolumn(cell, search, search->x - m, search->y + i);
-        gathercolumn(cell, search, search->x + m, search->y + i);
+        if (i == m || i == -m || m == 1) {
+            gatherrow(cell, search, search->x - m, search->x + m, search->y + i);
+        } else {
+            gatherrow(cell, search, search->x - m, search->x - m, search->y + i);
+            gatherrow(cell, search, search->x + m, search->x + m, search->y + i);
+        }
     }
 }
 
@@ -283,17 +292,15 @@ static f64 nearestalong(const Cutting* cell, i32 axis, i32 at, i32 n, i32 m)
 
 static bool ringreaches(const Cutting* cell, const Search* search, i32 m)
 {
-    if (m == 0) {
-        return true;
-    }
-    const f64 near = std::min(nearestalong(cell, 0, search->x, cell->grid->nx, m),
-                              nearestalong(cell, 1, search->y, cell->grid->ny, m));
+    const SpatialGrid* const grid = &cell->sites->grid;
+    const f64 near = std::min(nearestalong(cell, 0, search->x, grid->nx, m),
+                              nearestalong(cell, 1, search->y, grid->ny, m));
     return near <= search_reach && canreach(cell, near * near);
 }
 
 static void cutcell(Cutting* cell)
 {
-    const SpatialGrid* const grid = cell->grid;
+    const SpatialGrid* const grid = &cell->sites->grid;
     const f64* const pos = cell->node->pos;
     const f64 reach = search_reach * cell->unit;
     const f64 low[3] = {pos[0], pos[1], pos[2] - reach};
@@ -303,13 +310,15 @@ static void cutcell(Cutting* cell)
     SpatialGrid_cell(grid, high, &search.x, &search.y, &search.z1);
     const i32 n[2] = {grid->nx, grid->ny};
     for (i32 k = 1; k >= 0; k--) {
-        cell->lo[k] = (grid->lo[k] - pos[k]) / cell->unit;
-        cell->side[k] = (grid->hi[k] - grid->lo[k]) / n[k] / cell->unit;
+        cell->lo[k] = (grid->lo[k] - pos[k]) * cell->scale;
+        cell->side[k] = (grid->hi[k] - grid->lo[k]) / n[k] * cell->scale;
     }
-    for (i32 m = 0; ringreaches(cell, &search, m); m++) { // from the inside
+    i32 m = 1;
+    do { // from the inside
         gatherring(cell, &search, m);
         cutbyrivals(cell);
-    }
+        m++;
+    } while (ringreaches(cell, &search, m));
 }
 
 // Corner k in maze units, with what is known of its side.
@@ -405,6 +414,7 @@ static void buildcell(GrowArray* out, Cutting* cell, const Maze* maze, i32 n, bo
         storepoint(out, cell->node);
         return;
     }
+    cell->scale = 1 / cell->unit;
     startsquare(cell);
     cutcell(cell);
     store(out, cell);
@@ -427,7 +437,7 @@ static void boundplaces(const Maze* maze, f64 lo[3], f64 hi[3])
     }
 }
 
-static void makegrid(SpatialGrid* grid, const Maze* maze)
+static void fillgrid(SpatialGrid* grid, const Maze* maze)
 {
     f64 lo[3];
     f64 hi[3];
@@ -437,6 +447,39 @@ static void makegrid(SpatialGrid* grid, const Maze* maze)
         const f64* const pos = Maze_node(maze, i)->pos;
         SpatialGrid_add(grid, pos, pos, i);
     }
+}
+
+static void copybucket(Site* to, const GrowArray* bucket)
+{
+    for (i32 i = static_cast<i32>(bucket->count) - 1; i >= 0; i--) {
+        const GridEntry* const entry = items<GridEntry>(bucket) + i;
+        std::memcpy(to[i].pos, entry->lo, sizeof to[i].pos);
+        to[i].index = entry->index;
+    }
+}
+
+static void sortsites(Sites* sites, const Maze* maze)
+{
+    fillgrid(&sites->grid, maze);
+    const i32 buckets = sites->grid.nx * sites->grid.ny * sites->grid.nz;
+    const size_t count = static_cast<size_t>(Maze_count(maze)) + 1;
+    sites->site = static_cast<Site*>(std::malloc(count * sizeof(Site)));
+    sites->first = static_cast<i32*>(std::malloc((static_cast<size_t>(buckets) + 1) * sizeof(i32)));
+    i32 end = Maze_count(maze);
+    sites->first[buckets] = end;
+    for (i32 i = buckets - 1; i >= 0; i--) {
+        const GrowArray* const bucket = sites->grid.cells + i;
+        end -= static_cast<i32>(bucket->count);
+        sites->first[i] = end;
+        copybucket(sites->site + end, bucket);
+    }
+}
+
+static void freesites(Sites* sites)
+{
+    std::free(sites->site);
+    std::free(sites->first);
+    SpatialGrid_free(&sites->grid);
 }
 
 // Destructor of the attachment.
@@ -466,10 +509,10 @@ void voronoi_build(Maze* maze, bool alledges)
 {
     Maze_detach(maze, "voronoi", false);
     VoronoiCells* const cells = emptycells(Maze_count(maze));
-    SpatialGrid grid;
-    makegrid(&grid, maze);
+    Sites sites;
+    sortsites(&sites, maze);
     Cutting cell = {};
-    cell.grid = &grid;
+    cell.sites = &sites;
     GrowArray_init(&cell.rivals, sizeof(Rival));
     cell.count = 4;
     makeroom(&cell);
@@ -479,7 +522,7 @@ void voronoi_build(Maze* maze, bool alledges)
     std::free(cell.corners);
     std::free(cell.spare);
     GrowArray_free(&cell.rivals);
-    SpatialGrid_free(&grid);
+    freesites(&sites);
     Maze_attach(maze, "voronoi", cells, freecells, 0);
 }
 
