@@ -10,6 +10,7 @@
 #include "scene/grid.h"
 #include "scene/labels.h"
 #include "scene/view.h"
+#include "scene/voronoi.h"
 
 #include <GL/gl.h>
 
@@ -83,7 +84,9 @@ static void spheres_plot(MazeGame* game)
 
 static void drawmaze(MazeGame* game)
 {
-    if (key_held('J')) {
+    if (voronoi_on != 0) {
+        voronoi_plot(game->root, game);
+    } else if (key_held('J')) {
         flat_plot(game->root, game, true);
     } else {
         spheres_plot(game);
