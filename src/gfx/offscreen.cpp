@@ -19,7 +19,7 @@ struct FramebufferCalls {
     PFNGLBINDRENDERBUFFERPROC BindRenderbuffer;
     PFNGLRENDERBUFFERSTORAGEPROC RenderbufferStorage;
 };
-static FramebufferCalls calls; // written by findcalls, once
+static FramebufferCalls calls; // written by findcalls, at the first picture
 
 // The picture that is being drawn. Written by offscreen_begin and offscreen_end.
 static GLuint framebuffer; // 0: the back buffer is drawn into
@@ -49,7 +49,10 @@ static bool findcalls()
 static bool framebuffersthere()
 {
     if (have_framebuffers == -1) {
-        have_framebuffers = gl_hasextension("GL_ARB_framebuffer_object") && findcalls() ? 1 : 0;
+        have_framebuffers = gl_hasextension("GL_ARB_framebuffer_object") ? 1 : 0;
+    }
+    if (have_framebuffers != 0 && calls.RenderbufferStorage == nullptr) { // the last one found
+        have_framebuffers = findcalls() ? 1 : 0;
     }
     return have_framebuffers != 0;
 }
