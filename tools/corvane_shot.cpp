@@ -8,11 +8,13 @@
 #include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
 #include "gfx/screenshot.h"
+#include "gfx/textures.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
 #include "scene/scene.h"
 #include "scene/view.h"
 #include "shell/camera.h"
+#include "shell/hud.h"
 #include "shell/numbers.h"
 
 #include <GL/gl.h>
@@ -44,6 +46,8 @@ static const char help_text[] =
     "  --first-person   the eye at the player's place\n"
     "  --clock T        time of the game in seconds; by it what has been walked has its age\n"
     "  --plot STYLE     discs\n"
+    "  --hud N          what is written over it: 0 the prompt, 1 the help, 2 the statistics, of a\n"
+    "                   frame of 1/60 second; nothing if left out\n"
     "  --trail N        walk N steps first, each to the exit walked least recently, one a second "
     "up\n"
     "                   to the clock's time; steps before time 0 leave no trace\n"
@@ -64,6 +68,7 @@ struct Options {
     bool first_person;
     bool clock_given;
     f64 clock;
+    i32 hud; // a HudMode
     i32 trail;
 };
 
@@ -167,6 +172,12 @@ static bool takeplot(Options* /*options*/, const char* value)
     return std::strcmp(value, "discs") == 0 || bad("--plot takes discs, not '%s'", value);
 }
 
+static bool takehud(Options* options, const char* value)
+{
+    return number_i32(value, 0, HUD_MODES - 1, &options->hud) ||
+           bad("--hud takes a number from 0 to %d, not '%s'", HUD_MODES - 1, value);
+}
+
 static const struct OptionForm {
     const char* name;
     bool hasvalue;
@@ -185,6 +196,7 @@ static const struct OptionForm {
     {"--first-person", false, takefirstperson},
     {"--clock", true, takeclock},
     {"--plot", true, takeplot},
+    {"--hud", true, takehud},
     {"--trail", true, taketrail},
 };
 
@@ -404,6 +416,7 @@ static bool drawpicture(MazeGame* game, const Options* options)
     glLoadIdentity();
     MazeGame_applyview(game);
     scene_draw(game);
+    hud_draw(game, options->hud, 1.0 / 60);
     glFinish();
     char why[WHOLEFILE_WHY];
     u8* const rgb = picture_read(gfx_width, gfx_height);
@@ -421,8 +434,10 @@ static void opencanvas(const Options* options)
     scripted_reset();
     windowed = true;
     gfx_ortho_mode = 0;
+    tex_plain_format = 1;
     gfx_open(options->width, options->height, "Corvane");
     view_install();
+    hud_makefonts();
 }
 
 static bool makepicture(const Options* options)
@@ -462,6 +477,7 @@ int main(int argc, char** argv)
     options.width = 864;
     options.height = 648;
     options.zoom = 1;
+    options.hud = HUD_NOTHING;
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {
         return EXIT_BAD;
     }
