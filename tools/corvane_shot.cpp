@@ -1,6 +1,7 @@
 // corvane-shot: one picture of a world to a PNG, drawn off screen. Writes nothing else.
 #include "base/report.h"
 #include "base/rnd.h"
+#include "base/vec3.h"
 #include "base/wholefile.h"
 #include "generate/makemaze.h"
 #include "gfx/gfx_opengl.h"
@@ -9,6 +10,7 @@
 #include "gfx/projection.h"
 #include "gfx/screenshot.h"
 #include "gfx/textures.h"
+#include "gfx/stereo.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
 #include "scene/scene.h"
@@ -48,6 +50,9 @@ static const char help_text[] =
     "  --plot STYLE     discs\n"
     "  --hud N          what is written over it: 0 the prompt, 1 the help, 2 the statistics, of a\n"
     "                   frame of 1/60 second; nothing if left out\n"
+    "  --stereo N       0 (if left out) to 8: the stereo mode, as in the settings\n"
+    "  --swap           the eyes change places, in modes 6 to 8 the colours\n"
+    "  --depth D        the stereo depth, 0.05 if left out\n"
     "  --trail N        walk N steps first, each to the exit walked least recently, one a second "
     "up\n"
     "                   to the clock's time; steps before time 0 leave no trace\n"
@@ -69,6 +74,9 @@ struct Options {
     bool clock_given;
     f64 clock;
     i32 hud; // a HudMode
+    i32 stereo;
+    bool swap;
+    f64 depth;
     i32 trail;
 };
 
@@ -161,6 +169,23 @@ static bool takeclock(Options* options, const char* value)
     return number_f64(value, &options->clock) || bad("--clock takes seconds, not '%s'", value);
 }
 
+static bool takestereo(Options* options, const char* value)
+{
+    return number_i32(value, 0, STEREO_MODES - 1, &options->stereo) ||
+           bad("--stereo takes a number from 0 to %d, not '%s'", STEREO_MODES - 1, value);
+}
+
+static bool takeswap(Options* options, const char* /*value*/)
+{
+    options->swap = true;
+    return true;
+}
+
+static bool takedepth(Options* options, const char* value)
+{
+    return number_f64(value, &options->depth) || bad("--depth takes a number, not '%s'", value);
+}
+
 static bool taketrail(Options* options, const char* value)
 {
     return number_i32(value, 0, MAXTRAIL, &options->trail) ||
@@ -197,6 +222,9 @@ static const struct OptionForm {
     {"--clock", true, takeclock},
     {"--plot", true, takeplot},
     {"--hud", true, takehud},
+    {"--stereo", true, takestereo},
+    {"--swap", false, takeswap},
+    {"--depth", true, takedepth},
     {"--trail", true, taketrail},
 };
 
@@ -393,8 +421,9 @@ static bool setscene(MazeGame* game, const Options* options)
 
 // The picture
 
-// Turns the view and puts the eye at its goal.
-static void aim(MazeGame* game, const Options* options)
+// Turns the view and puts the eye at its goal. Returns its distance from the focus along the line of
+// sight.
+static f64 aim(MazeGame* game, const Options* options)
 {
     Camera camera;
     MazeGame_startcamera(game);
@@ -408,14 +437,21 @@ static void aim(MazeGame* game, const Options* options)
     f64 focus[3];
     MazeGame_viewpos(focus, game);
     Camera_eye(&camera, game, 1, focus);
+    f64 back[3];
+    vec3_sub(back, game->campos, focus);
+    return vec3_dot(back, game->orient + 6);
 }
 
 static bool drawpicture(MazeGame* game, const Options* options)
 {
+    const StereoView view = {.mode = options->stereo,
+                             .swap = options->swap ? 1 : 0,
+                             .depth = options->depth,
+                             .distance = aim(game, options)};
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glLoadIdentity();
     MazeGame_applyview(game);
-    scene_draw(game);
+    stereo_draw(scene_draw, game, &view);
     hud_draw(game, options->hud, 1.0 / 60);
     glFinish();
     char why[WHOLEFILE_WHY];
@@ -447,10 +483,7 @@ static bool makepicture(const Options* options)
     bool done = makeworld(&game, options);
     if (done) {
         done = setscene(&game, options);
-        if (done) {
-            aim(&game, options);
-            done = drawpicture(&game, options);
-        }
+        done = done && drawpicture(&game, options);
         MazeGame_free(&game);
     }
     gfx_close();
@@ -478,6 +511,7 @@ int main(int argc, char** argv)
     options.height = 648;
     options.zoom = 1;
     options.hud = HUD_NOTHING;
+    options.depth = 0.05;
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {
         return EXIT_BAD;
     }

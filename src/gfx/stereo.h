@@ -26,6 +26,22 @@ enum StereoMode {
     STEREO_MODES = 9,
 };
 
+/// How a frame is presented.
+struct StereoView {
+    i32 mode;     // a StereoMode
+    i32 swap;     // not 0: the eyes change places, in modes 6 to 8 the colours
+    f64 depth;    // the stereo depth; below 0 the effect is inverted
+    f64 distance; // of the eye from the focus along the line of sight, maze units
+};
+
+/// Presents the scene as `view` says, through the drivers below. The eyes stand apart in proportion to
+/// the distance, the depth and the window's width over its height. A mode below 0 draws like mode 1,
+/// one from STEREO_MODES on nothing.
+///
+/// Modes 3 and 6 to 8 copy the window into textures. Where the graphics driver has none of its size they
+/// show a plain picture, and the first time that is told as a notice.
+void stereo_draw(SceneFn scene, MazeGame* game, const StereoView* view);
+
 /// Eye 0 in the lower or left half, eye 1 in the other; squeezed, as such displays expect. Mode 3 puts
 /// the halves on alternate rows of the display: even rows of the screen show eye 1. A mode below 0 draws
 /// like mode 1.

@@ -3,11 +3,13 @@
 #include "base/clock.h"
 #include "base/report.h"
 #include "base/rnd.h"
+#include "base/vec3.h"
 #include "base/wholefile.h"
 #include "gfx/gfx_opengl.h"
 #include "gfx/projection.h"
 #include "gfx/screenshot.h"
 #include "gfx/textures.h"
+#include "gfx/stereo.h"
 #include "model/attachment.h"
 #include "model/commands.h"
 #include "model/mazegame.h"
@@ -29,8 +31,6 @@
 
 static constexpr char config_path[] = "config.txt";
 static constexpr char save_path[] = "maze_save.dat";
-
-enum { STEREO_MODES = 9 };
 
 // The split of the start: set by driver_start, written by lap, over with the first swap.
 static bool times_on;
@@ -396,9 +396,14 @@ static void edgekeys(Driver* driver)
 
 static void drawscene(Driver* driver)
 {
-    if (driver->stereo_mode < STEREO_MODES) { // there is no way to present a higher mode
-        scene_draw(&driver->game);
-    }
+    MazeGame* const game = &driver->game;
+    f64 back[3];
+    vec3_sub(back, game->campos, driver->focus);
+    const StereoView view = {.mode = driver->stereo_mode,
+                             .swap = driver->stereo_swap,
+                             .depth = driver->stereo_depth,
+                             .distance = vec3_dot(back, game->orient + 6)};
+    stereo_draw(scene_draw, game, &view);
 }
 
 // The clock is not set back: the time that making the world takes is in the next frame's dt.

@@ -269,7 +269,8 @@ TEST(corvane_shot, prints_its_help)
     EXPECT_EQ(outcome.err, "");
     for (const char* const part :
          {"--world", "--seed", "--mode", "--kind", "--out", "--size", "--at", "--yaw", "--pitch",
-          "--zoom", "--first-person", "--clock", "--plot", "--trail"}) {
+          "--zoom", "--first-person", "--clock", "--plot", "--stereo", "--swap", "--depth",
+          "--trail"}) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
     }
     EXPECT_EQ(folder.listing(), "");
@@ -303,7 +304,10 @@ TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {"--seed 1 --out a.png --trail -1", "--trail"},
         {"--seed 1 --out a.png --plot gantries", "--plot takes discs"},
         {"--seed 1 --out a.png --landscape", "unknown option --landscape"},
-        {"--seed 1 --out a.png --stereo 2", "unknown option --stereo"},
+        {"--seed 1 --out a.png --stereo 9", "--stereo takes a number from 0 to 8, not '9'"},
+        {"--seed 1 --out a.png --stereo -1", "--stereo"},
+        {"--seed 1 --out a.png --stereo", "--stereo needs a value"},
+        {"--seed 1 --out a.png --depth deep", "--depth"},
         {"--seed 1 --out a.png more", "unknown option more"},
         {world + " --out a.png --at 5", "PATH:NODE"},
         {world + " --out a.png --at :", "PATH:NODE"},
@@ -380,6 +384,37 @@ TEST(corvane_shot, places_the_player_and_its_view)
     const std::vector<u8> turned = line_picture(folder, "--yaw 0.6").rgb;
     EXPECT_NE(line_picture(folder, "--yaw 0.6 --pitch -1").rgb, turned);
     EXPECT_EQ(line_picture(folder, "--zoom 1 --yaw 0 --pitch 0 --plot discs --trail 0").rgb, plain);
+}
+
+TEST(corvane_shot, shows_a_stereo_mode_as_the_program_does)
+{
+    const Folder folder;
+    leave_line(folder);
+    for (i32 mode = 0; mode <= 8; mode++) {
+        const std::string number = std::to_string(mode);
+        folder.write("config.txt",
+                     "Stereo mode: " + number + "\nSwap stereo: Y\nStereo Depth: 0.2\n");
+        play(folder, "at 1 shot b.png\nat 2 close\n");
+        leave_line(folder);
+        const Outcome outcome = shot_in(folder, "--world maze_save.dat --size 64x48 --out a.png "
+                                                "--clock 0.016666666666666666 --swap --depth 0.2 "
+                                                "--stereo " +
+                                                    number);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        EXPECT_EQ(read_png(folder.file("a.png")).rgb, read_png(folder.file("b.png")).rgb) << mode;
+    }
+}
+
+TEST(corvane_shot, shows_one_eye_without_a_stereo_mode)
+{
+    const Folder folder;
+    leave_line(folder);
+    const std::vector<u8> plain = line_picture(folder, "").rgb;
+    EXPECT_EQ(line_picture(folder, "--stereo 0 --swap --depth 3").rgb, plain);
+    const std::vector<u8> coloured = line_picture(folder, "--pitch -1 --stereo 6").rgb;
+    EXPECT_EQ(line_picture(folder, "--pitch -1 --stereo 6 --depth 0.05").rgb, coloured);
+    EXPECT_NE(line_picture(folder, "--pitch -1 --stereo 6 --depth 0.1").rgb, coloured);
+    EXPECT_NE(line_picture(folder, "--pitch -1 --stereo 6 --swap").rgb, coloured);
 }
 
 // How many columns of a picture hold a lit pixel.

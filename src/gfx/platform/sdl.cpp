@@ -524,6 +524,7 @@ static bool nextevent(PlatformEvent* out)
     return sizeevent(out);
 }
 
+// Wayland tells nobody where a window is: its upper left corner is taken to be the desktop's.
 static PlatformRect windowrect()
 {
     i32 x = 0;
@@ -534,7 +535,9 @@ static PlatformRect windowrect()
     i32 left = 0;
     i32 bottom = 0;
     i32 right = 0;
-    SDL_GetWindowPosition(window, &x, &y);
+    if (!wayland) {
+        SDL_GetWindowPosition(window, &x, &y);
+    }
     SDL_GetWindowSize(window, &width, &height);
     SDL_GetWindowBordersSize(window, &top, &left, &bottom, &right);
     return {.left = x - left,
