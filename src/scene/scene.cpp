@@ -9,6 +9,7 @@
 #include "scene/flat.h"
 #include "scene/grid.h"
 #include "scene/labels.h"
+#include "scene/light.h"
 #include "scene/view.h"
 #include "scene/voronoi.h"
 
@@ -82,10 +83,12 @@ static void spheres_plot(MazeGame* game)
     sphere_balls(game->root, game, true);
 }
 
-static void drawmaze(MazeGame* game)
+static void drawmaze(MazeGame* game, const LightRec* light)
 {
     if (voronoi_on != 0) {
         voronoi_plot(game->root, game);
+    } else if (plot_type == 2) {
+        ballstick_plot(game->root, game, light_on != 0, light);
     } else if (key_held('J')) {
         flat_plot(game->root, game, true);
     } else {
@@ -133,7 +136,9 @@ static void drawreachable(MazeGame* game)
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
-    drawmaze(game);
+    LightRec light;
+    light_compute(game->time, &light);
+    drawmaze(game, &light);
     drawstate(game);
     if (key_held('F')) {
         drawreachable(game);
