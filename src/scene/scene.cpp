@@ -5,6 +5,8 @@
 #include "model/attachment.h"
 #include "model/stategraph.h"
 #include "scene/ballstick.h"
+#include "scene/gantry.h"
+#include "scene/light.h"
 #include "scene/view.h"
 
 #include <GL/gl.h>
@@ -72,7 +74,13 @@ static void drawstate(const MazeGame* game)
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
-    sphere_sticks(game->root, game, true);
-    sphere_balls(game->root, game, true);
+    LightRec light;
+    light_compute(game->time, &light);
+    if (plot_type == 1) {
+        gantry_plot(game->root, game, light_on != 0, &light);
+    } else {
+        sphere_sticks(game->root, game, true);
+        sphere_balls(game->root, game, true);
+    }
     drawstate(game);
 }
