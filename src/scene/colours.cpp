@@ -22,10 +22,15 @@ u32 exit_colour(const Maze* maze, u32 colour)
     return used == 1 ? COLOUR_ONEUSED : COLOUR_MOREUSED;
 }
 
-void colour_channels(u32 colour, f32 out[3])
+u32 colour_drawn(u32 colour)
 {
     const u32 rgb = colour & 0xFFFFFF;
-    const u32 drawn = rgb == 0xFFFFFF ? 0xFEFEFE : rgb;
+    return rgb == 0xFFFFFF ? 0xFEFEFE : rgb;
+}
+
+void colour_channels(u32 colour, f32 out[3])
+{
+    const u32 drawn = colour_drawn(colour);
     out[0] = static_cast<f32>(drawn >> 16) / 255.0F;
     out[1] = static_cast<f32>((drawn >> 8) & 0xFF) / 255.0F;
     out[2] = static_cast<f32>(drawn & 0xFF) / 255.0F;

@@ -78,6 +78,8 @@ void scene_plot(MazeGame* game)
     light_compute(game->time, &light);
     if (plot_type == 1) {
         gantry_plot(game->root, game, light_on != 0, &light);
+    } else if (plot_type == 2) {
+        ballstick_plot(game->root, game, light_on != 0, &light);
     } else {
         sphere_sticks(game->root, game, true);
         sphere_balls(game->root, game, true);
