@@ -211,13 +211,13 @@ void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* lig
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    Maze_calllist(root, "gantrylist", gantry_walkways, true);
+    Maze_calllist(root, "gantrylist", gantry_walkways, true, nullptr);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    Maze_calllist(root, "gantrylist_railings", gantry_railings, true);
+    Maze_calllist(root, "gantrylist_railings", gantry_railings, true, nullptr);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    Maze_calllist(root, "gantrylist_railballs", gantry_railballs, true);
+    Maze_calllist(root, "gantrylist_railballs", gantry_railballs, true, nullptr);
     program_use(0);
 }

@@ -7,10 +7,12 @@
 
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 // A node that makes parts.
 struct Junction {
     Maze* maze;
+    i32 n;
     const MazeNode* node;
     const EdgeAngleRec* recs; // by exit
     i32 nexits;
@@ -31,6 +33,7 @@ struct Way {
     f64 d[3];    // Q - P
     f64 length;
     u32 colour;
+    bool again; // it comes from Q's end too, later
 };
 
 // Where the parts of one walk go.
@@ -73,6 +76,7 @@ static bool isflat(const EdgeAngleRec* rec)
 static bool getjunction(Junction* out, Maze* maze, i32 n)
 {
     out->maze = maze;
+    out->n = n;
     out->node = Maze_node(maze, n);
     if (out->node->sub != nullptr) {
         return false;
@@ -85,6 +89,16 @@ static bool getjunction(Junction* out, Maze* maze, i32 n)
     }
     out->colour = drawncolour(exit_colour(maze, out->node->rec.colour));
     return true;
+}
+
+// Whether the way to `target` comes from there too, after this one: nodes and mazes come last first.
+static bool isagain(const Junction* junction, Pos target)
+{
+    const Maze* const maze = junction->maze;
+    if (target.maze == maze) {
+        return target.node < junction->n;
+    }
+    return target.maze->parent == maze->parent && target.maze->parentnode < maze->parentnode;
 }
 
 // False for an exit that doesn't count: one that climbs out is made from above.
@@ -106,6 +120,7 @@ static bool getway(Way* out, const Junction* junction, i32 i)
     out->qradius = other->radius;
     vec3_sub(out->d, other->pos, node->pos);
     out->length = vec3_length(out->d);
+    out->again = isagain(junction, target);
     const u32 colour = junction->visits[i].colour;
     out->colour = drawncolour(target.maze == maze ? exit_colour(maze, colour) : colour);
     return true;
@@ -168,20 +183,49 @@ static void setnormal(GantryPlate* plate, const f64 d[3], f64 radius)
     plate->angle = std::atan2(d[(axis + 2) % 3], d[first]);
 }
 
-static void makewalkway(const Way* way, const PlateSink* sink)
+// The plate of a way as it is laid from P.
+static void layplate(GantryPlate* plate, const Way* way)
 {
     const EdgeAngleRec* const rec = way->rec;
     const EdgeAngleRec* const back = way->back;
+    setnormal(plate, way->d, way->radius);
+    setcorner(&plate->corners[0], way->p, rec->corner, rec->cornerdist, way->radius);
+    setcorner(&plate->corners[1], way->p, rec->prevcorner, rec->prevcornerdist, -way->radius);
+    setcorner(&plate->corners[2], way->q, back->corner, way->length - back->cornerdist,
+              -way->qradius);
+    setcorner(&plate->corners[3], way->q, back->prevcorner, way->length - back->prevcornerdist,
+              way->qradius);
+}
+
+static Way turned(const Way* way)
+{
+    Way out = *way;
+    out.rec = way->back;
+    out.back = way->rec;
+    out.p = way->q;
+    out.q = way->p;
+    out.radius = way->qradius;
+    out.qradius = way->radius;
+    vec3_sub(out.d, way->p, way->q);
+    return out;
+}
+
+// The two plates of an edge that is handled from both ends cover each other. The texture isn't the same
+// from both ends, so that the iron of each would close the holes of the other; the one that comes first
+// takes the texture of the one that comes over it.
+static void makewalkway(const Way* way, const PlateSink* sink)
+{
     GantryPlate plate = {};
     plate.colour = way->colour;
     plate.ncorners = 4;
-    setnormal(&plate, way->d, way->radius);
-    setcorner(&plate.corners[0], way->p, rec->corner, rec->cornerdist, way->radius);
-    setcorner(&plate.corners[1], way->p, rec->prevcorner, rec->prevcornerdist, -way->radius);
-    setcorner(&plate.corners[2], way->q, back->corner, way->length - back->cornerdist,
-              -way->qradius);
-    setcorner(&plate.corners[3], way->q, back->prevcorner, way->length - back->prevcornerdist,
-              way->qradius);
+    if (way->again) {
+        const Way over = turned(way);
+        layplate(&plate, &over);
+        std::swap(plate.corners[0], plate.corners[2]); // P's two first all the same
+        std::swap(plate.corners[1], plate.corners[3]);
+    } else {
+        layplate(&plate, way);
+    }
     sink->take(&plate, sink->to);
 }
 
