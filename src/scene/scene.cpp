@@ -9,6 +9,7 @@
 #include "scene/flat.h"
 #include "scene/grid.h"
 #include "scene/labels.h"
+#include "scene/gantry.h"
 #include "scene/light.h"
 #include "scene/view.h"
 #include "scene/voronoi.h"
@@ -87,6 +88,8 @@ static void drawmaze(MazeGame* game, const LightRec* light)
 {
     if (voronoi_on != 0) {
         voronoi_plot(game->root, game);
+    } else if (plot_type == 1) {
+        gantry_plot(game->root, game, light_on != 0, light);
     } else if (plot_type == 2) {
         ballstick_plot(game->root, game, light_on != 0, light);
     } else if (key_held('J')) {
