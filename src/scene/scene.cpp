@@ -5,11 +5,15 @@
 #include "model/attachment.h"
 #include "model/stategraph.h"
 #include "scene/ballstick.h"
+#include "scene/clouds.h"
+#include "scene/sea.h"
+#include "scene/sky.h"
 #include "scene/view.h"
 
 #include <GL/gl.h>
 
 #include <bit>
+#include <cmath>
 
 i32 plot_type = 0;
 i32 voronoi_on = 0;
@@ -45,6 +49,11 @@ static void drawslice(MazeGame* game, f32 offset)
 
 void scene_draw(MazeGame* game)
 {
+    LightRec light;
+    light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        sky_draw(game, &light);
+    }
     // far first: all of the near slice lies before all of the far one, and is painted over it
     drawslice(game, slice_far_offset);
     drawslice(game, slice_near_offset);
@@ -69,10 +78,29 @@ static void drawstate(const MazeGame* game)
     gfx_overlay_end();
 }
 
+// The wind blows along y, 20 texels of the clouds a second.
+static void drawclouds(const MazeGame* game, const LightRec* light)
+{
+    f64 eye[3];
+    MazeGame_eye(eye, game);
+    const f32 wind = static_cast<f32>(std::fmod(20 * game->time, 1e7));
+    clouds_draw(eye, 0, wind, 128.0F, 1.5F, light);
+}
+
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
+    LightRec light;
+    light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        seabed_draw(game, light_on, &light);
+    }
     sphere_sticks(game->root, game, true);
     sphere_balls(game->root, game, true);
     drawstate(game);
+    if (landscape_on !=
+        0) { // behind all solid matter, since the sea blends over what lies below it
+        sea_draw(game, light_on, &light, 0);
+        drawclouds(game, &light);
+    }
 }

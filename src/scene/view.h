@@ -15,3 +15,6 @@ void view_install();
 /// `orient`, then a translation by minus `campos`, rounded to single precision first and held to
 /// finite values. Then captures `game->view`.
 void MazeGame_applyview(MazeGame* game);
+
+/// The eye as that camera has it: `campos` rounded to single precision and held to finite values.
+void MazeGame_eye(f64 out[3], const MazeGame* game);
