@@ -43,13 +43,20 @@ mat3 surface(vec3 p)
     vec3 dvdy = vec3(0.0, 1.0, 0.0);
     k = vec2(0.0001, 0.0);
     a = 0.5 * afac / 0.0001;
+    // the direction of layer n is sin(2 + 3 n, 4 + 5 n, 6 + 7 n), turned on from layer to layer
+    const vec3 stepcos = vec3(-0.98999250, 0.28366219, 0.75390225); // of 3, 5, 7
+    const vec3 stepsin = vec3(0.14112001, -0.95892427, 0.65698660);
+    vec3 dir = vec3(0.90929743, -0.75680250, -0.27941550); // sine of 2, 4, 6
+    vec3 across = vec3(-0.41614684, -0.65364362, 0.96017029); // cosine
     for (int n = 0; n < 60; n++) {
         float ph = dot(k, p.xy);
-        vec3 dir = sin(vec3(2.0, 4.0, 6.0) + float(n) * vec3(3.0, 5.0, 7.0));
         vert += a * f1(ph) * dir;
         vec3 dvdph = a * f1der(ph) * dir;
         dvdx += k.x * dvdph;
         dvdy += k.y * dvdph;
+        vec3 turned = dir * stepcos + across * stepsin;
+        across = across * stepcos - dir * stepsin;
+        dir = turned;
         a *= 0.85 * min(1.0, 4.0 - float(n) / 15.0);
         k = kmat * k;
     }

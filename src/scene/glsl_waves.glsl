@@ -8,16 +8,13 @@ uniform samplerCube cubemap;
 varying vec3 pos; // the point of the surface
 varying vec3 spos; // the same undisplaced
 
-// A phase from 0 to two pi for a wave vector and a frequency, radians a unit and a second. The turns of
-// whole spans of 256 seconds are counted apart from the rest, so that a clock of days leaves them exact;
-// the fraction is bounded however far a place is.
+// A phase from 0 to two pi for a wave vector and a frequency, radians a unit and a second. The clock's
+// whole turns are taken off first, so that a clock of days leaves a wave its shape; and the sine gets no
+// large numbers, which drivers treat unlike, however far a place is.
 float wavephase(vec2 k, float w, vec2 p)
 {
     const float turn = 0.15915494;
-    float spans = floor(t / 256.0);
-    float f = w * turn;
-    float clock = fract(fract(256.0 * f) * spans) + f * (t - 256.0 * spans);
-    return 6.2831853 * fract(turn * dot(k, p) + clock);
+    return 6.2831853 * fract(turn * dot(k, p) + fract(turn * t * w));
 }
 
 // The point that p is moved to, and its derivatives along x and along y, as columns.
@@ -29,9 +26,9 @@ mat3 surface(vec3 p)
     float a = 1.0;
     float afac = 0.0;
     for (int n = 0; n < 25; n++) {
-        afac += 0.7 * a * sin(wavephase(k / 50.0, sqrt(9.80665 * lk) / 50.0, p.xy));
+        afac += 0.7 * a * sin(wavephase(0.02 * k, sqrt(9.80665 * lk) * 0.02, p.xy));
         k = kmat * k;
-        lk /= 0.7;
+        lk *= 1.42857143;
         a *= 0.7;
     }
     vec3 vert = p;
@@ -50,7 +47,7 @@ mat3 surface(vec3 p)
         dvdx += k.x * dvdph;
         dvdy += k.y * dvdph;
         k = kmat * k;
-        lk /= 0.7;
+        lk *= 1.42857143;
         a *= 0.7;
     }
     return mat3(vert, dvdx, dvdy);

@@ -8,8 +8,9 @@
 // Single precision shows: a place is as fine as a float, so the shortest waves (0.01 units) dissolve from
 // coordinates of about 10000 on and those of a unit from about 1e6; the clock is as fine as a float, so
 // the waves advance in steps of 1/128 second from a clock of 65536 seconds on, of 1/16 from 524288 on.
-// Phases are wrapped before the sine is taken, and the clock's part of them is counted in whole spans and
-// a rest, so that nothing worse happens: heights and slopes stay bounded and steady at any place and time.
+// The clock's part of a phase is wrapped by itself, and the phase again before the sine is taken, so that
+// nothing worse happens: a late clock leaves the waves their shapes, and heights and slopes stay bounded at
+// any place and time.
 #pragma once
 
 #include "model/gamerec.h"
