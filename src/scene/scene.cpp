@@ -6,17 +6,21 @@
 #include "model/connect.h"
 #include "model/stategraph.h"
 #include "scene/ballstick.h"
+#include "scene/clouds.h"
 #include "scene/flat.h"
+#include "scene/gantry.h"
 #include "scene/grid.h"
 #include "scene/labels.h"
-#include "scene/gantry.h"
 #include "scene/light.h"
+#include "scene/sea.h"
+#include "scene/sky.h"
 #include "scene/view.h"
 #include "scene/voronoi.h"
 
 #include <GL/gl.h>
 
 #include <bit>
+#include <cmath>
 #include <cstdlib>
 
 i32 plot_type = 0;
@@ -53,6 +57,11 @@ static void drawslice(MazeGame* game, f32 offset)
 
 void scene_draw(MazeGame* game)
 {
+    LightRec light;
+    light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        sky_draw(game, &light);
+    }
     // far first: all of the near slice lies before all of the far one, and is painted over it
     drawslice(game, slice_far_offset);
     drawslice(game, slice_near_offset);
@@ -136,15 +145,31 @@ static void drawreachable(MazeGame* game)
     Maze_free(copy, false);
 }
 
+// The wind blows along y, 20 texels of the clouds a second.
+static void drawclouds(const MazeGame* game, const LightRec* light)
+{
+    f64 eye[3];
+    MazeGame_eye(eye, game);
+    const f32 wind = static_cast<f32>(std::fmod(20 * game->time, 1e7));
+    clouds_draw(eye, 0, wind, 128.0F, 1.5F, light);
+}
+
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
     LightRec light;
     light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        seabed_draw(game, light_on, &light);
+    }
     drawmaze(game, &light);
     drawstate(game);
     if (key_held('F')) {
         drawreachable(game);
+    }
+    if (landscape_on != 0) { // after all solid matter: the sea blends over what lies below it
+        sea_draw(game, light_on, &light, 0);
+        drawclouds(game, &light);
     }
     if (grid_on != 0) {
         grid_draw(game);
