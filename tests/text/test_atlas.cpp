@@ -2,6 +2,7 @@
 #include "gfx/gl/shaderprocs.h"
 #include "gfx/textures.h"
 #include "tests/atlas.h"
+#include "tests/gl_state.h"
 
 #include <GL/glext.h>
 
@@ -426,61 +427,12 @@ TEST(NodeFontCharSet_load, leaves_the_window_alone_where_there_are_framebuffer_o
     }
 }
 
-// State that would spoil what is drawn.
-static void disturb()
-{
-    glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
-    glEnable(GL_SCISSOR_TEST);
-    glScissor(5, 5, 3, 3);
-    glEnable(GL_LIGHTING);
-    glEnable(GL_CULL_FACE);
-    glCullFace(GL_FRONT);
-    glEnable(GL_FOG);
-    glEnable(GL_ALPHA_TEST);
-    glAlphaFunc(GL_GREATER, 0.9F);
-    glEnable(GL_TEXTURE_2D);
-    glShadeModel(GL_FLAT);
-    glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_TRUE);
-    glColor4f(0.1F, 0.2F, 0.3F, 0.4F);
-    glClearColor(1, 0.5F, 0, 1);
-    glDisable(GL_DEPTH_TEST);
-    glDepthMask(GL_FALSE);
-    glViewport(7, 8, 30, 40);
-    glTranslatef(3, 4, 5);
-}
-
-static std::string state_text()
-{
-    std::string text;
-    for (const GLenum name : {GL_SCISSOR_TEST, GL_LIGHTING, GL_CULL_FACE, GL_FOG, GL_ALPHA_TEST,
-                              GL_TEXTURE_2D, GL_BLEND, GL_DEPTH_TEST}) {
-        text += glIsEnabled(name) != 0 ? "1 " : "0 ";
-    }
-    for (const GLenum name : {GL_POLYGON_MODE,          GL_SCISSOR_BOX,
-                              GL_SHADE_MODEL,           GL_COLOR_WRITEMASK,
-                              GL_CURRENT_COLOR,         GL_COLOR_CLEAR_VALUE,
-                              GL_DEPTH_WRITEMASK,       GL_VIEWPORT,
-                              GL_MODELVIEW_MATRIX,      GL_PROJECTION_MATRIX,
-                              GL_MATRIX_MODE,           GL_TEXTURE_BINDING_2D,
-                              GL_BLEND_EQUATION,        GL_BLEND_SRC,
-                              GL_CURRENT_PROGRAM,       GL_FRAMEBUFFER_BINDING,
-                              GL_RENDERBUFFER_BINDING,  GL_ATTRIB_STACK_DEPTH,
-                              GL_MODELVIEW_STACK_DEPTH, GL_PROJECTION_STACK_DEPTH}) {
-        f32 values[16] = {};
-        glGetFloatv(name, values);
-        for (const f32 value : values) {
-            text += std::to_string(value) + " ";
-        }
-    }
-    return text + std::to_string(gfx_width) + " " + std::to_string(gfx_height);
-}
-
 TEST(NodeFontCharSet_load, draws_the_same_whatever_state_it_finds)
 {
     const Texels usual = usual_atlas();
     for (const i32 framebuffers : {0, 1}) {
         const AtlasWindow window(320, 240, framebuffers);
-        disturb();
+        gl_disturb();
         const Font* const font = atlas_load();
         EXPECT_LE(most_difference(texels_of(font->texture), usual), 1) << framebuffers;
     }
@@ -490,14 +442,14 @@ TEST(NodeFontCharSet_load, leaves_the_state_as_it_finds_it)
 {
     for (const i32 framebuffers : {0, 1}) {
         const AtlasWindow window(320, 240, framebuffers);
-        const std::string plain = state_text();
+        const std::string plain = gl_state();
         atlas_load();
-        EXPECT_EQ(state_text(), plain);
-        disturb();
-        const std::string disturbed = state_text();
+        EXPECT_EQ(gl_state(), plain);
+        gl_disturb();
+        const std::string disturbed = gl_state();
         EXPECT_NE(disturbed, plain);
         atlas_load();
-        EXPECT_EQ(state_text(), disturbed);
+        EXPECT_EQ(gl_state(), disturbed);
     }
 }
 
