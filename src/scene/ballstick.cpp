@@ -235,7 +235,7 @@ void ballstick_sticklist(Maze* maze)
         Pos exits[POS_MAXEDGES];
         VisitRec recs[POS_MAXEDGES];
         for (i32 i = Pos_alledges({maze, n}, exits, recs) - 1; i >= 0; i--) {
-            if (drawsto(maze, exits[i].maze)) {
+            if (exits_drawn(maze, exits[i].maze)) {
                 emitstick(maze, node, exits[i], recs[i].colour);
             }
         }

@@ -3,6 +3,7 @@
 #include "base/vec3.h"
 #include "model/attachment.h"
 #include "model/pos.h"
+#include "scene/exits.h"
 #include "scene/spatialgrid.h"
 
 #include <algorithm>
@@ -366,22 +367,10 @@ static void storepoint(GrowArray* out, const MazeNode* node)
     }
 }
 
-static i32 listlinks(const Maze* maze, i32 n, bool alledges, Pos* exits)
-{
-    if (alledges) {
-        return Pos_alledges({const_cast<Maze*>(maze), n}, exits, nullptr);
-    }
-    const MazeNode* const node = Maze_node(maze, n);
-    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
-        exits[i] = {const_cast<Maze*>(maze), node->edges[i]};
-    }
-    return static_cast<i32>(node->nedges);
-}
-
 // Lists the links of a node that stay in its level, and measures the longest.
 static void findlinks(Cutting* cell, const Maze* maze, i32 n, bool alledges)
 {
-    const i32 count = listlinks(maze, n, alledges, cell->exits);
+    const i32 count = exits_list({const_cast<Maze*>(maze), n}, alledges, cell->exits, nullptr);
     f64 square = 0;
     cell->exitcount = 0;
     for (i32 i = 0; i < count; i++) { // those kept close up

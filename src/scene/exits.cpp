@@ -9,7 +9,9 @@ i32 exits_list(Pos at, bool alledges, Pos* exits, VisitRec* recs)
     const i32 count = static_cast<i32>(node->nedges);
     for (i32 i = count - 1; i >= 0; i--) {
         exits[i] = {at.maze, node->edges[i]};
-        recs[i] = node->edgerec[i];
+        if (recs != nullptr) {
+            recs[i] = node->edgerec[i];
+        }
     }
     return count;
 }

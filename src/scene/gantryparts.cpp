@@ -4,6 +4,7 @@
 #include "model/attachment.h"
 #include "model/pos.h"
 #include "scene/colours.h"
+#include "scene/exits.h"
 
 #include <cmath>
 #include <cstring>
@@ -101,12 +102,12 @@ static bool isagain(const Junction* junction, Pos target)
     return target.maze->parent == maze->parent && target.maze->parentnode < maze->parentnode;
 }
 
-// False for an exit that doesn't count: one that climbs out is made from above.
+// False for an exit that doesn't count.
 static bool getway(Way* out, const Junction* junction, i32 i)
 {
     const Pos target = junction->exits[i];
     const Maze* const maze = junction->maze;
-    if (target.maze->parent != maze && target.maze->parent != maze->parent) {
+    if (!exits_drawn(maze, target.maze)) {
         return false;
     }
     const MazeNode* const node = junction->node;

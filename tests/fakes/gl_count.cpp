@@ -98,10 +98,6 @@ GL_COUNTED(void, glColor3f, (GLfloat r, GLfloat g, GLfloat b), (r, g, b),
            note(gl_count.now.colour, r, g, b, 1))
 GL_COUNTED(void, glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g, b, a),
            note(gl_count.now.colour, r, g, b, a))
-GL_COUNTED(void, glEnable, (GLenum what), (what), )
-GL_COUNTED(void, glDisable, (GLenum what), (what), )
-GL_COUNTED(void, glDepthMask, (GLboolean on), (on), )
-GL_COUNTED(void, glBlendFunc, (GLenum source, GLenum destination), (source, destination), )
 GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
 GL_COUNTED(void, glPushMatrix, (), (), )
 GL_COUNTED(void, glPopMatrix, (), (), )
