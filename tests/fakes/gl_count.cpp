@@ -18,11 +18,11 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
     }
 }
 
-// A type can't stand in parentheses.
+// Weak, so that a test may put a routine of its own in one's place. A type can't stand in parentheses.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define GL_COUNTED(result, name, parameters, arguments, before)                                    \
     static const bool counted_##name = gl_counted.insert(#name).second;                            \
-    extern "C" result name parameters                                                              \
+    extern "C" __attribute__((weak)) result name parameters                                        \
     {                                                                                              \
         using Routine = decltype(&name);                                                           \
         static const Routine next = reinterpret_cast<Routine>(dlsym(RTLD_NEXT, #name));            \
