@@ -23,11 +23,11 @@ static f32 single(f64 x)
     return static_cast<f32>(x);
 }
 
-// A type can't stand in parentheses.
+// Weak, so that a test may put a routine of its own in one's place. A type can't stand in parentheses.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define GL_COUNTED(result, name, parameters, arguments, before)                                    \
     static const bool counted_##name = gl_counted.insert(#name).second;                            \
-    extern "C" result name parameters                                                              \
+    extern "C" __attribute__((weak)) result name parameters                                        \
     {                                                                                              \
         using Routine = decltype(&name);                                                           \
         static const Routine next = reinterpret_cast<Routine>(dlsym(RTLD_NEXT, #name));            \
