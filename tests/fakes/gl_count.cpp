@@ -18,11 +18,11 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
     }
 }
 
-// A type can't stand in parentheses.
+// Weak, so that a test may put a routine of its own in one's place. A type can't stand in parentheses.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define GL_COUNTED(result, name, parameters, arguments, before)                                    \
     static const bool counted_##name = gl_counted.insert(#name).second;                            \
-    extern "C" result name parameters                                                              \
+    extern "C" __attribute__((weak)) result name parameters                                        \
     {                                                                                              \
         using Routine = decltype(&name);                                                           \
         static const Routine next = reinterpret_cast<Routine>(dlsym(RTLD_NEXT, #name));            \
@@ -42,6 +42,8 @@ GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], 1))
 GL_COUNTED(void, glColor4fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], v[3]))
+GL_COUNTED(void, glColor4ub, (GLubyte r, GLubyte g, GLubyte b, GLubyte a), (r, g, b, a),
+           note(gl_count.now.colour, r / 255.0F, g / 255.0F, b / 255.0F, a / 255.0F))
 GL_COUNTED(void, glTexCoord2f, (GLfloat x, GLfloat y), (x, y), note(gl_count.now.tex, x, y, 0, 1))
 GL_COUNTED(void, glTexCoord4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            note(gl_count.now.tex, x, y, z, w))
