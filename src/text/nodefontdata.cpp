@@ -1,8 +1,8 @@
 // The glyphs of the one typeface, a row each, and the bytes that they come to.
 //
 // A row lists its nodes as x,y in 1/32 of the letter height, those with a rounded corner in brackets,
-// and its edges as pairs of node numbers, counted from 0. A node alone is a square dot. Nothing closes
-// the end of a stroke at a rounded node, so ends are sharp. A rounded node with three neighbours bends
+// and its edges as pairs of node numbers, counted from 0. A node alone is a square dot. At a
+// rounded node a stroke would end roundly and a corner radius too early, so ends are sharp. A rounded node with three neighbours bends
 // from each into the next: so 3, 8 and B get their waists. Where a stroke only touches another one
 // between its ends there need not be a node.
 //
