@@ -71,6 +71,7 @@ class LineReader
     TextPainter painter;
     std::vector<u8> wanted;
     std::string longest;
+    i32 tries = 6000; // what is no text is given up in the end
 
     // Whether a text looks right in the columns left of `end`.
     bool fits(const std::string& text, i32 end) const
@@ -93,9 +94,14 @@ class LineReader
             return true;
         }
         const std::string before = *text;
+        tries--;
         // what numbers are made of comes first
         for (const char c : std::string("0123456789abcdefx :.,/%()nodesMaztviufrqAhcgjklmpwyCDEFG"
                                         "BHIJKLNOPQRSTUVWXYZ-+='!?;\"#$&*<>@[]^_`{|}~\\")) {
+            if (tries <= 0) {
+                return false;
+            }
+            tries--;
             const std::string longer = before + c;
             const i32 end = static_cast<i32>(text_width(longer.c_str())) - 2;
             if (end < width && fits(longer, end)) {

@@ -195,16 +195,18 @@ static void drawstatistics(const MazeGame* game, f64 dt)
 
 void hud_draw(const MazeGame* game, i32 mode, f64 dt)
 {
+    if (mode < 0 || mode >= HUD_NOTHING) {
+        return;
+    }
     // a batch cares for the rest itself; its quads turn their back, as y runs down
     glPushAttrib(GL_ENABLE_BIT);
     glDisable(GL_FOG);
     glDisable(GL_CULL_FACE);
     glDisable(GL_ALPHA_TEST);
-    switch (mode) {
-    case HUD_PROMPT: text_draw(0.0F, 0.0F, prompt_text, WHITE); break;
-    case HUD_HELP: text_draw(0.0F, 0.0F, help_text, WHITE); break;
-    case HUD_STATISTICS: drawstatistics(game, dt); break;
-    default: break;
+    if (mode == HUD_STATISTICS) {
+        drawstatistics(game, dt);
+    } else {
+        text_draw(0.0F, 0.0F, mode == HUD_PROMPT ? prompt_text : help_text, WHITE);
     }
     glPopAttrib();
 }

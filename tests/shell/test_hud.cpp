@@ -213,7 +213,7 @@ TEST(hud_draw, can_be_read_in_its_picture)
     const Picture picture = shown(display, HUD_STATISTICS);
     EXPECT_EQ(read_line(picture, 0, 0), "0:01:01");
     EXPECT_EQ(read_line(picture, 0, 2 * 16), display.place());
-    EXPECT_EQ(read_line(picture, 0, 3 * 16), display.place()); // once more
+    EXPECT_EQ(read_line(picture, 0, 3 * 16, 250), display.place()); // once more
     EXPECT_EQ(read_line(picture, 0, 4 * 16), "0 / 3 nodes visited (0.00%)");
 }
 
@@ -320,20 +320,22 @@ TEST(hud_draw, lists_the_attachments_in_the_colours_of_their_flags)
                           {" ", 0xFFFFFF}});
 }
 
+// A line has no fringes but at its ends, so what is drawn of it has the proportions of its colour.
 TEST(hud_draw, colours_the_pixels_of_a_name)
 {
     const Display display(wide, high);
-    display.attach("mmm", ATT_VISITS);
+    display.attach("-----", ATT_VISITS);
     const Picture picture = shown(display, HUD_STATISTICS);
     const size_t begin = static_cast<size_t>(text_width("Attachments: "));
     i32 red = 0;
     for (size_t y = 5 * 16 + 1; y < 6 * 16 - 1; y++) {
         for (size_t x = begin; x < begin + 30; x++) {
             const u8* const pixel = &picture.rgb[(y * wide + x) * 3];
-            red += pixel[0] == 255 && pixel[1] == 127 && pixel[2] == 127 ? 1 : 0;
+            const bool alike = pixel[1] == pixel[2] && std::abs(pixel[0] - 2 * pixel[1]) < 16;
+            red += pixel[0] > 80 && alike ? 1 : 0;
         }
     }
-    EXPECT_GT(red, 8);
+    EXPECT_GT(red, 10);
 }
 
 TEST(hud_draw, ends_the_right_hand_texts_a_pixel_before_the_edge)
