@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <utility>
 
 // A node that makes parts.
 struct Junction {
@@ -211,22 +210,16 @@ static Way turned(const Way* way)
     return out;
 }
 
-// The two plates of an edge that is handled from both ends cover each other. The texture isn't the same
-// from both ends, so that the iron of each would close the holes of the other; the one that comes first
-// takes the texture of the one that comes over it.
+// The two plates of an edge that is handled from both ends cover each other. Laid from different ends they
+// would close each other's holes, since the texture isn't the same from both, and flicker where depths
+// differ by a rounding. So the one that comes first is laid as the one that comes over it.
 static void makewalkway(const Way* way, const PlateSink* sink)
 {
     GantryPlate plate = {};
     plate.colour = way->colour;
     plate.ncorners = 4;
-    if (way->again) {
-        const Way over = turned(way);
-        layplate(&plate, &over);
-        std::swap(plate.corners[0], plate.corners[2]); // P's two first all the same
-        std::swap(plate.corners[1], plate.corners[3]);
-    } else {
-        layplate(&plate, way);
-    }
+    const Way over = way->again ? turned(way) : *way;
+    layplate(&plate, &over);
     sink->take(&plate, sink->to);
 }
 

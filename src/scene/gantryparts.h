@@ -57,8 +57,8 @@ using GantryTakePlate = void (*)(const GantryPlate* plate, void* to);
 using GantryTakeBar = void (*)(const GantryBar* bar, void* to);
 using GantryTakeBall = void (*)(const GantryBall* ball, void* to);
 
-/// The walkways of a level, one for each flat exit. Both plates of an edge that is handled from both
-/// ends have the texture of the lower end's, so that holes lie over holes.
+/// The walkways of a level, one for each flat exit. Where an edge is handled from both ends, both plates
+/// are laid from the end that comes last, so that holes lie over holes.
 void gantry_eachwalkway(Maze* maze, GantryTakePlate take, void* to);
 
 /// The triangles that close the middle of junctions of three flat exits and more.
