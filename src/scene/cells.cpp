@@ -31,62 +31,79 @@ static f64 beyond(const HalfPlane* plane, const VoronoiVertex* corner)
            (corner->y - plane->mid[1]) * plane->dir[1];
 }
 
-static bool outside(const HalfPlane* plane, const VoronoiVertex* corner)
+static bool isoutside(f64 far)
 {
-    return !(beyond(plane, corner) < clip_tolerance);
+    return !(far < clip_tolerance);
 }
 
-// The crossing on the side from a to b, with the side data of a. Corners that are beyond by less than the
-// tolerance count as inside, so the share is held to the side.
-static VoronoiVertex crossing(const HalfPlane* plane, const VoronoiVertex* a,
-                              const VoronoiVertex* b)
+// How far each corner is beyond the line, times the length of `dir`. Returns whether any is cut off.
+static bool measurecorners(f64* far, const VoronoiVertex* in, i32 n, const HalfPlane* plane)
 {
-    const f64 fa = beyond(plane, a);
-    const f64 fb = beyond(plane, b);
-    const f64 t = std::clamp(fa / (fa - fb), 0.0, 1.0);
+    bool any = false;
+    for (i32 k = n - 1; k >= 0; k--) { // most rivals cut nothing: no branch for each corner
+        far[k] = beyond(plane, in + k);
+        any |= isoutside(far[k]);
+    }
+    return any;
+}
+
+// The point on the side from a to b, with the side data of a, where the line crosses it. Corners that are
+// beyond by less than the tolerance count as inside, so the share is held to the side.
+static VoronoiVertex crossing(const VoronoiVertex* a, f64 fara, const VoronoiVertex* b, f64 farb)
+{
+    const f64 t = std::clamp(fara / (fara - farb), 0.0, 1.0);
     return {.x = a->x + (b->x - a->x) * t,
             .y = a->y + (b->y - a->y) * t,
             .neighbour = a->neighbour,
             .linked = a->linked};
 }
 
-enum { CUT_NOTHING = -1 };
-
-// Cuts the polygon `in` of n corners into `out`, which has room for n + 1. Returns the number of corners,
-// or CUT_NOTHING if all stay and `out` isn't written.
-static i32 cut(VoronoiVertex* out, const VoronoiVertex* in, i32 n, const HalfPlane* plane)
+// Cuts a polygon some of whose corners are outside. Returns the number of corners left.
+static i32 cutcorners(VoronoiVertex* out, const VoronoiVertex* in, i32 n, const HalfPlane* plane,
+                      const f64* far)
 {
-    if (n == 0) {
-        return CUT_NOTHING;
-    }
-    const bool firstout = outside(plane, in);
-    bool nextout = firstout;
+    bool nextout = isoutside(far[0]);
     i32 exit = -1;
     i32 entry = -1;
     for (i32 k = n - 1; k >= 0; k--) { // downward: of several the lowest holds
-        const bool here = outside(plane, in + k);
+        const bool here = isoutside(far[k]);
         exit = !here && nextout ? k : exit;
         entry = here && !nextout ? k : entry;
         nextout = here;
     }
     if (exit < 0) {
-        return firstout ? 0 : CUT_NOTHING;
+        return 0;
     }
     i32 count = 0;
-    for (i32 k = entry;; count++) { // clockwise, as the corners run
+    for (i32 k = entry; k != exit; count++) { // clockwise, as the corners run
         k = k + 1 == n ? 0 : k + 1;
         out[count] = in[k];
-        if (k == exit) {
-            break;
-        }
     }
-    count++;
-    out[count] = crossing(plane, in + exit, in + (exit + 1 == n ? 0 : exit + 1));
+    const i32 afterexit = exit + 1 == n ? 0 : exit + 1;
+    const i32 afterentry = entry + 1 == n ? 0 : entry + 1;
+    out[count] = crossing(in + exit, far[exit], in + afterexit, far[afterexit]);
     out[count].neighbour = plane->neighbour;
     out[count].linked = plane->linked;
-    count++;
-    out[count] = crossing(plane, in + entry, in + (entry + 1 == n ? 0 : entry + 1));
-    return count + 1;
+    out[count + 1] = crossing(in + entry, far[entry], in + afterentry, far[afterentry]);
+    return count + 2;
+}
+
+enum { CUT_NOTHING = -1, FEW_CORNERS = 64 };
+
+// Cuts the polygon `in` of n corners into `out`, which has room for n + 1. Returns the number of corners,
+// or CUT_NOTHING if all stay and `out` isn't written.
+static i32 cut(VoronoiVertex* out, const VoronoiVertex* in, i32 n, const HalfPlane* plane)
+{
+    f64 few[FEW_CORNERS];
+    f64* const far = n <= FEW_CORNERS
+                         ? few
+                         : static_cast<f64*>(std::malloc(static_cast<size_t>(n) * sizeof(f64)));
+    const bool any = measurecorners(far, in, n, plane);
+    const i32 count = any ? cutcorners(out, in, n, plane, far) : CUT_NOTHING;
+    if (far != few) {
+        std::free(far);
+    }
+    return count;
 }
 
 void polygon_clip(GrowArray* poly, const f64 mid[2], const f64 dir[2], i32 neighbour, i32 linked)
@@ -135,11 +152,11 @@ struct Cutting {
     VoronoiVertex* spare; // as long; a cut goes from one to the other
     i32 capacity;
     i32 count;
-    f64 square;       // of the distance of the farthest corner
-    GrowArray rivals; // of Rival: those of one ring of buckets
+    f64 square;    // of the distance of the farthest corner
+    Rival* rivals; // those of one ring of buckets
+    i32 rivalcapacity;
+    i32 rivalcount;
     const Sites* sites;
-    f64 lo[2];   // corner of the grid's box, seen from the node
-    f64 side[2]; // sides of a bucket
     const MazeNode* node;
     i32 index;
     f64 unit;  // the longest link, maze units
@@ -164,7 +181,8 @@ static void measure(Cutting* cell)
     f64 most = 0;
     for (i32 k = cell->count - 1; k >= 0; k--) {
         const VoronoiVertex* const corner = cell->corners + k;
-        most = std::max(most, corner->x * corner->x + corner->y * corner->y);
+        const f64 square = corner->x * corner->x + corner->y * corner->y;
+        most = square > most ? square : most;
     }
     cell->square = most;
 }
@@ -212,24 +230,36 @@ static void cutby(Cutting* cell, const Site* site)
     }
     std::swap(cell->corners, cell->spare);
     cell->count = count;
-    measure(cell);
+}
+
+// Room for `n` rivals more.
+static Rival* makerivals(Cutting* cell, i32 n)
+{
+    if (cell->rivalcount + n > cell->rivalcapacity) {
+        cell->rivalcapacity = (cell->rivalcount + n) * 2;
+        const size_t size = static_cast<size_t>(cell->rivalcapacity) * sizeof(Rival);
+        cell->rivals = static_cast<Rival*>(std::realloc(cell->rivals, size));
+    }
+    return cell->rivals + cell->rivalcount;
 }
 
 static void gather(Cutting* cell, i32 from, i32 end)
 {
+    Rival* rival = makerivals(cell, end - from);
     const f64* const pos = cell->node->pos;
+    const f64 scale = cell->scale;
+    const f64 most = 4 * cell->square;
     for (i32 i = from; i < end; i++) { // as they lie
         const Site* const site = cell->sites->site + i;
-        const f64 x = (site->pos[0] - pos[0]) * cell->scale;
-        const f64 y = (site->pos[1] - pos[1]) * cell->scale;
-        const f64 z = (site->pos[2] - pos[2]) * cell->scale;
+        const f64 x = (site->pos[0] - pos[0]) * scale;
+        const f64 y = (site->pos[1] - pos[1]) * scale;
+        const f64 z = (site->pos[2] - pos[2]) * scale;
         const f64 square = x * x + y * y;
-        if (canreach(cell, square) && square + z * z <= search_reach * search_reach &&
-            site->index != cell->index) {
-            const Rival rival = {.order = square + 1e-9 * z * z, .site = i};
-            GrowArray_push(&cell->rivals, &rival);
-        }
+        *rival = {.order = square + 1e-9 * z * z, .site = i};
+        const bool reaches = square < most && square + z * z <= search_reach * search_reach;
+        rival += reaches && site->index != cell->index ? 1 : 0;
     }
+    cell->rivalcount = static_cast<i32>(rival - cell->rivals);
 }
 
 static bool isnearer(const Rival& a, const Rival& b)
@@ -237,21 +267,50 @@ static bool isnearer(const Rival& a, const Rival& b)
     return a.order < b.order;
 }
 
+enum { FEW_RIVALS = 32 };
+
+// Sorts by counting for each how many go before it, which takes no branch that can't be foretold.
+static void sortfew(Rival* rivals, i32 count)
+{
+    Rival sorted[FEW_RIVALS];
+    i32 place[FEW_RIVALS] = {};
+    for (i32 i = count - 1; i >= 1; i--) {
+        i32 before = 0;
+        for (i32 j = i - 1; j >= 0; j--) {
+            const i32 first = rivals[j].order <= rivals[i].order ? 1 : 0;
+            before += first;
+            place[j] += 1 - first;
+        }
+        place[i] += before;
+    }
+    for (i32 i = count - 1; i >= 0; i--) {
+        sorted[place[i]] = rivals[i];
+    }
+    std::copy(sorted, sorted + count, rivals);
+}
+
 static void cutbyrivals(Cutting* cell)
 {
-    Rival* const rivals = items<Rival>(&cell->rivals);
-    const i32 count = static_cast<i32>(cell->rivals.count);
-    std::sort(rivals, rivals + count, isnearer);
-    for (i32 i = 0; i < count; i++) { // nearest first
-        cutby(cell, cell->sites->site + rivals[i].site);
+    const i32 count = cell->rivalcount;
+    if (count <= FEW_RIVALS) {
+        sortfew(cell->rivals, count);
+    } else {
+        std::sort(cell->rivals, cell->rivals + count, isnearer);
     }
-    cell->rivals.count = 0;
+    for (i32 i = 0; i < count; i++) { // nearest first
+        cutby(cell, cell->sites->site + cell->rivals[i].site);
+    }
+    cell->rivalcount = 0;
+    measure(cell);
 }
 
 // Where a cell's search stands: its bucket, and the heights that it looks at.
 struct Search {
     i32 x, y;
     i32 z0, z1;
+    f64 side[2];  // sides of a bucket, in longest links
+    f64 below[2]; // from the node to the borders of its bucket on each axis
+    f64 above[2];
 };
 
 // The buckets x0 to x1 of a row, as far as there are any, at all heights.
@@ -269,57 +328,69 @@ static void gatherrow(Cutting* cell, const Search* search, i32 x0, i32 x1, i32 y
     }
 }
 
-// The columns of buckets that are `m` away from the cell's own; the first ring has its own as well.
-static void gatherring(Cutting* cell, const Search* search, i32 m)
+// Whether what is that far off in plan can still change the cell.
+static bool distancereaches(const Cutting* cell, f64 distance)
 {
-    for (i32 i = m; i >= -m; i--) {
-        if (i == m || i == -m || m == 1) {
-            gatherrow(cell, search, search->x - m, search->x + m, search->y + i);
-        } else {
+    return distance <= search_reach && canreach(cell, std::max(distance, 0.0) * distance);
+}
+
+// The four sides of the ring of buckets `m` away from the cell's own, 2 or more, as far as they matter.
+// False if none did, and none farther off will.
+static bool gatherring(Cutting* cell, const Search* search, i32 m)
+{
+    const SpatialGrid* const grid = &cell->sites->grid;
+    const f64 stepx = (m - 1) * search->side[0];
+    const f64 stepy = (m - 1) * search->side[1];
+    const bool west = search->x >= m && distancereaches(cell, search->below[0] + stepx);
+    const bool east = search->x + m < grid->nx && distancereaches(cell, search->above[0] + stepx);
+    const bool south = search->y >= m && distancereaches(cell, search->below[1] + stepy);
+    const bool north = search->y + m < grid->ny && distancereaches(cell, search->above[1] + stepy);
+    if (south) {
+        gatherrow(cell, search, search->x - m, search->x + m, search->y - m);
+    }
+    if (north) {
+        gatherrow(cell, search, search->x - m, search->x + m, search->y + m);
+    }
+    for (i32 i = west || east ? m - 1 : -m; i > -m; i--) {
+        if (west) {
             gatherrow(cell, search, search->x - m, search->x - m, search->y + i);
+        }
+        if (east) {
             gatherrow(cell, search, search->x + m, search->x + m, search->y + i);
         }
     }
+    return west || east || south || north;
 }
 
-// How near a bucket can be that is `m` columns away along one axis, or farther; `at` of n buckets is the
-// cell's own. Infinite if there is none.
-static f64 nearestalong(const Cutting* cell, i32 axis, i32 at, i32 n, i32 m)
-{
-    const f64 below = at - m >= 0 ? -(cell->lo[axis] + (at - m + 1) * cell->side[axis]) : HUGE_VAL;
-    const f64 above = at + m < n ? cell->lo[axis] + (at + m) * cell->side[axis] : HUGE_VAL;
-    return std::max(std::min(below, above), 0.0);
-}
-
-static bool ringreaches(const Cutting* cell, const Search* search, i32 m)
-{
-    const SpatialGrid* const grid = &cell->sites->grid;
-    const f64 near = std::min(nearestalong(cell, 0, search->x, grid->nx, m),
-                              nearestalong(cell, 1, search->y, grid->ny, m));
-    return near <= search_reach && canreach(cell, near * near);
-}
-
-static void cutcell(Cutting* cell)
+static void startsearch(Search* search, const Cutting* cell)
 {
     const SpatialGrid* const grid = &cell->sites->grid;
     const f64* const pos = cell->node->pos;
     const f64 reach = search_reach * cell->unit;
     const f64 low[3] = {pos[0], pos[1], pos[2] - reach};
     const f64 high[3] = {pos[0], pos[1], pos[2] + reach};
-    Search search;
-    SpatialGrid_cell(grid, low, &search.x, &search.y, &search.z0);
-    SpatialGrid_cell(grid, high, &search.x, &search.y, &search.z1);
+    SpatialGrid_cell(grid, low, &search->x, &search->y, &search->z0);
+    SpatialGrid_cell(grid, high, &search->x, &search->y, &search->z1);
     const i32 n[2] = {grid->nx, grid->ny};
+    const i32 at[2] = {search->x, search->y};
     for (i32 k = 1; k >= 0; k--) {
-        cell->lo[k] = (grid->lo[k] - pos[k]) * cell->scale;
-        cell->side[k] = (grid->hi[k] - grid->lo[k]) / n[k] * cell->scale;
+        search->side[k] = (grid->hi[k] - grid->lo[k]) / n[k] * cell->scale;
+        search->below[k] = (pos[k] - grid->lo[k]) * cell->scale - at[k] * search->side[k];
+        search->above[k] = search->side[k] - search->below[k];
     }
-    i32 m = 1;
-    do { // from the inside
-        gatherring(cell, &search, m);
+}
+
+static void cutcell(Cutting* cell)
+{
+    Search search;
+    startsearch(&search, cell);
+    for (i32 i = 1; i >= -1; i--) { // its own bucket and those round it
+        gatherrow(cell, &search, search.x - 1, search.x + 1, search.y + i);
+    }
+    cutbyrivals(cell);
+    for (i32 m = 2; gatherring(cell, &search, m); m++) { // outward
         cutbyrivals(cell);
-        m++;
-    } while (ringreaches(cell, &search, m));
+    }
 }
 
 // Corner k in maze units, with what is known of its side.
@@ -502,7 +573,6 @@ void voronoi_build(Maze* maze, bool alledges)
     sortsites(&sites, maze);
     Cutting cell = {};
     cell.sites = &sites;
-    GrowArray_init(&cell.rivals, sizeof(Rival));
     cell.count = 4;
     makeroom(&cell);
     for (i32 i = cells->count - 1; i >= 0; i--) {
@@ -510,7 +580,7 @@ void voronoi_build(Maze* maze, bool alledges)
     }
     std::free(cell.corners);
     std::free(cell.spare);
-    GrowArray_free(&cell.rivals);
+    std::free(cell.rivals);
     freesites(&sites);
     Maze_attach(maze, "voronoi", cells, freecells, 0);
 }
