@@ -9,12 +9,14 @@
 #include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
 #include "gfx/screenshot.h"
+#include "gfx/textures.h"
 #include "gfx/stereo.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
 #include "scene/scene.h"
 #include "scene/view.h"
 #include "shell/camera.h"
+#include "shell/hud.h"
 #include "shell/numbers.h"
 
 #include <GL/gl.h>
@@ -46,6 +48,8 @@ static const char help_text[] =
     "  --first-person   the eye at the player's place\n"
     "  --clock T        time of the game in seconds; by it what has been walked has its age\n"
     "  --plot STYLE     discs\n"
+    "  --hud N          what is written over it: 0 the prompt, 1 the help, 2 the statistics, of a\n"
+    "                   frame of 1/60 second; nothing if left out\n"
     "  --stereo N       0 (if left out) to 8: the stereo mode, as in the settings\n"
     "  --swap           the eyes change places, in modes 6 to 8 the colours\n"
     "  --depth D        the stereo depth, 0.05 if left out\n"
@@ -69,6 +73,7 @@ struct Options {
     bool first_person;
     bool clock_given;
     f64 clock;
+    i32 hud; // a HudMode
     i32 stereo;
     bool swap;
     f64 depth;
@@ -192,6 +197,12 @@ static bool takeplot(Options* /*options*/, const char* value)
     return std::strcmp(value, "discs") == 0 || bad("--plot takes discs, not '%s'", value);
 }
 
+static bool takehud(Options* options, const char* value)
+{
+    return number_i32(value, 0, HUD_MODES - 1, &options->hud) ||
+           bad("--hud takes a number from 0 to %d, not '%s'", HUD_MODES - 1, value);
+}
+
 static const struct OptionForm {
     const char* name;
     bool hasvalue;
@@ -210,6 +221,7 @@ static const struct OptionForm {
     {"--first-person", false, takefirstperson},
     {"--clock", true, takeclock},
     {"--plot", true, takeplot},
+    {"--hud", true, takehud},
     {"--stereo", true, takestereo},
     {"--swap", false, takeswap},
     {"--depth", true, takedepth},
@@ -440,6 +452,7 @@ static bool drawpicture(MazeGame* game, const Options* options)
     glLoadIdentity();
     MazeGame_applyview(game);
     stereo_draw(scene_draw, game, &view);
+    hud_draw(game, options->hud, 1.0 / 60);
     glFinish();
     char why[WHOLEFILE_WHY];
     u8* const rgb = picture_read(gfx_width, gfx_height);
@@ -457,8 +470,10 @@ static void opencanvas(const Options* options)
     scripted_reset();
     windowed = true;
     gfx_ortho_mode = 0;
+    tex_plain_format = 1;
     gfx_open(options->width, options->height, "Corvane");
     view_install();
+    hud_makefonts();
 }
 
 static bool makepicture(const Options* options)
@@ -495,6 +510,7 @@ int main(int argc, char** argv)
     options.width = 864;
     options.height = 648;
     options.zoom = 1;
+    options.hud = HUD_NOTHING;
     options.depth = 0.05;
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {
         return EXIT_BAD;

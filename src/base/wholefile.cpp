@@ -591,6 +591,11 @@ bool wholefile_setaside(const char* path, char* newname, char* why)
     return false;
 }
 
+void wholefile_remove(const char* path)
+{
+    unlink(path); // a folder refuses
+}
+
 WholeFileLock wholefile_lock(const char* folder, int* handle)
 {
     *handle = -1;

@@ -67,6 +67,10 @@ WholeFileRead wholefile_readmost(const char* path, size_t most, u8** bytes, size
 /// above; the file is then where it was.
 bool wholefile_setaside(const char* path, char* newname, char* why);
 
+/// Removes a file, or the link that `path` is. Does nothing if it isn't there, can't be removed, or is a
+/// folder.
+void wholefile_remove(const char* path);
+
 enum WholeFileLock {
     WHOLEFILE_LOCKED,   // this process holds the lock
     WHOLEFILE_TAKEN,    // another holder has it

@@ -40,17 +40,25 @@ GLint tex_internalformat(i32 components)
     return tex_plain_format != 0 ? components : formats[components - 1].sized;
 }
 
-static void setlevel(GLenum target, i32 level, i32 components, i32 width, i32 height,
-                     const u8* bytes)
+// An image as OpenGL takes it.
+struct Image {
+    GLenum target;
+    GLint format; // internal
+    i32 components, width, height;
+    u8* bytes; // lent
+};
+
+static void setlevel(const Image* image, i32 level)
 {
-    glTexImage2D(target, level, tex_internalformat(components), width, height, 0,
-                 formats[components - 1].pixels, GL_UNSIGNED_BYTE, bytes);
+    glTexImage2D(image->target, level, image->format, image->width, image->height, 0,
+                 formats[image->components - 1].pixels, GL_UNSIGNED_BYTE, image->bytes);
 }
 
 void tex_upload(GLenum target, i32 components, i32 width, i32 height, const u8* bytes)
 {
     glGetError(); // clears what an earlier call has left
-    setlevel(target, 0, components, width, height, bytes);
+    glTexImage2D(target, 0, tex_internalformat(components), width, height, 0,
+                 formats[components - 1].pixels, GL_UNSIGNED_BYTE, bytes);
     tex_make_mipmaps(target);
 }
 
@@ -66,43 +74,6 @@ static i32 formatcomponents(GLint format)
         }
     }
     return 3;
-}
-
-static void makemipmapsbyhand(GLenum target)
-{
-    const GLenum image = target == GL_TEXTURE_CUBE_MAP ? GL_TEXTURE_CUBE_MAP_POSITIVE_X : target;
-    const i32 faces = target == GL_TEXTURE_CUBE_MAP ? 6 : 1;
-    for (i32 face = faces - 1; face >= 0; face--) {
-        const GLenum at = image + static_cast<GLenum>(face);
-        GLint width = 0;
-        GLint height = 0;
-        GLint format = 0;
-        glGetTexLevelParameteriv(at, 0, GL_TEXTURE_WIDTH, &width);
-        glGetTexLevelParameteriv(at, 0, GL_TEXTURE_HEIGHT, &height);
-        glGetTexLevelParameteriv(at, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
-        const i32 components = formatcomponents(format);
-        const size_t stride = static_cast<size_t>(tex_stride(width, components));
-        u8* const bytes = static_cast<u8*>(std::malloc(stride * static_cast<size_t>(height) + 1));
-        glGetTexImage(at, 0, formats[components - 1].pixels, GL_UNSIGNED_BYTE, bytes);
-        tex_box_mipmaps(at, components, width, height, bytes);
-        std::free(bytes);
-    }
-}
-
-void tex_make_mipmaps(GLenum target)
-{
-    static PFNGLGENERATEMIPMAPPROC generate; // null until first use, and where the driver lacks it
-    if (have_generate_mipmap == -1) {
-        have_generate_mipmap = gl_hasextension("GL_SGIS_generate_mipmap") ? 1 : 0;
-    }
-    if (have_generate_mipmap != 0 && generate == nullptr) {
-        generate = reinterpret_cast<PFNGLGENERATEMIPMAPPROC>(platform->glproc("glGenerateMipmap"));
-    }
-    if (have_generate_mipmap != 0 && generate != nullptr) {
-        generate(target);
-    } else {
-        makemipmapsbyhand(target);
-    }
 }
 
 static i32 smaller(i32 a, i32 b)
@@ -131,15 +102,78 @@ static void halve(u8* bytes, i32 components, i32 width, i32 height, i32 newwidth
     }
 }
 
+// The levels below an image, which is overwritten.
+static void addlevels(Image* image)
+{
+    for (i32 level = 1; image->width > 1 || image->height > 1; level++) {
+        const i32 width = image->width < 2 ? 1 : image->width / 2;
+        const i32 height = image->height < 2 ? 1 : image->height / 2;
+        halve(image->bytes, image->components, image->width, image->height, width, height);
+        image->width = width;
+        image->height = height;
+        setlevel(image, level);
+    }
+}
+
 void tex_box_mipmaps(GLenum target, i32 components, i32 width, i32 height, u8* bytes)
 {
-    for (i32 level = 1; width > 1 || height > 1; level++) {
-        const i32 newwidth = width < 2 ? 1 : width / 2;
-        const i32 newheight = height < 2 ? 1 : height / 2;
-        halve(bytes, components, width, height, newwidth, newheight);
-        width = newwidth;
-        height = newheight;
-        setlevel(target, level, components, width, height, bytes);
+    Image image = {.target = target,
+                   .format = tex_internalformat(components),
+                   .components = components,
+                   .width = width,
+                   .height = height,
+                   .bytes = bytes};
+    addlevels(&image);
+}
+
+// One image of a texture and the levels below, which take the format of level 0: a chain of two formats
+// isn't complete.
+static void makeimagemipmaps(GLenum target)
+{
+    GLint width = 0;
+    GLint height = 0;
+    GLint format = 0;
+    glGetTexLevelParameteriv(target, 0, GL_TEXTURE_WIDTH, &width);
+    glGetTexLevelParameteriv(target, 0, GL_TEXTURE_HEIGHT, &height);
+    glGetTexLevelParameteriv(target, 0, GL_TEXTURE_INTERNAL_FORMAT, &format);
+    const i32 components = formatcomponents(format);
+    const size_t stride = static_cast<size_t>(tex_stride(width, components));
+    u8* const bytes = static_cast<u8*>(std::malloc(stride * static_cast<size_t>(height) + 1));
+    glGetTexImage(target, 0, formats[components - 1].pixels, GL_UNSIGNED_BYTE, bytes);
+    Image image = {.target = target,
+                   .format = format,
+                   .components = components,
+                   .width = width,
+                   .height = height,
+                   .bytes = bytes};
+    addlevels(&image);
+    std::free(bytes);
+}
+
+void tex_make_mipmaps_plainly(GLenum target)
+{
+    if (target != GL_TEXTURE_CUBE_MAP) {
+        makeimagemipmaps(target);
+        return;
+    }
+    for (i32 face = 5; face >= 0; face--) {
+        makeimagemipmaps(GL_TEXTURE_CUBE_MAP_POSITIVE_X + static_cast<GLenum>(face));
+    }
+}
+
+void tex_make_mipmaps(GLenum target)
+{
+    static PFNGLGENERATEMIPMAPPROC generate; // null until first use, and where the driver lacks it
+    if (have_generate_mipmap == -1) {
+        have_generate_mipmap = gl_hasextension("GL_SGIS_generate_mipmap") ? 1 : 0;
+    }
+    if (have_generate_mipmap != 0 && generate == nullptr) {
+        generate = reinterpret_cast<PFNGLGENERATEMIPMAPPROC>(platform->glproc("glGenerateMipmap"));
+    }
+    if (have_generate_mipmap != 0 && generate != nullptr) {
+        generate(target);
+    } else {
+        tex_make_mipmaps_plainly(target);
     }
 }
 
@@ -157,7 +191,7 @@ void tex_set_anisotropy(GLenum target)
     glTexParameterf(target, GL_TEXTURE_MAX_ANISOTROPY_EXT, max_anisotropy);
 }
 
-void tex_blend_equation(GLenum mode)
+bool tex_blend_equation(GLenum mode)
 {
     static PFNGLBLENDEQUATIONPROC call; // null until first use, and where the driver lacks it
     if (call == nullptr) {
@@ -166,6 +200,7 @@ void tex_blend_equation(GLenum mode)
     if (call != nullptr) {
         call(mode);
     }
+    return call != nullptr;
 }
 
 static GLuint maketexture()

@@ -28,9 +28,13 @@ GLint tex_internalformat(i32 components);
 /// Uploads `bytes` as level 0 of the texture bound to `target` and makes the levels below.
 void tex_upload(GLenum target, i32 components, i32 width, i32 height, const u8* bytes);
 
-/// Makes all levels below level 0 of the texture bound to `target`, by the driver or else in software
-/// (then from level 0 of GL_TEXTURE_2D, or of the cube face that `target` names).
+/// Makes all levels below level 0 of the texture bound to `target` (GL_TEXTURE_2D or GL_TEXTURE_CUBE_MAP),
+/// by the driver or else in software.
 void tex_make_mipmaps(GLenum target);
+
+/// The same in software always, from level 0 and in its format: for one image or all faces of a cube. It
+/// is quicker where the driver would have to compile programs of its own first.
+void tex_make_mipmaps_plainly(GLenum target);
 
 /// Makes the levels below an image in software: each pixel is the mean of four, (a + b + c + d + 2) / 4,
 /// a sample beyond the image repeating the last pixel that is there. An image of 1 by 1 gets none.
@@ -40,8 +44,8 @@ void tex_box_mipmaps(GLenum target, i32 components, i32 width, i32 height, u8* b
 /// Raises the anisotropy of the texture bound to `target` to the card's limit, if it has any.
 void tex_set_anisotropy(GLenum target);
 
-/// glBlendEquation, looked up on first use. Does nothing where the driver lacks it.
-void tex_blend_equation(GLenum mode);
+/// glBlendEquation, looked up on first use. Does nothing, and returns false, where the driver lacks it.
+bool tex_blend_equation(GLenum mode);
 
 /// A new texture of random RGB pixels, repeating. Six draws a pixel, from the last pixel to the first.
 GLuint tex_noise(i32 width, i32 height);

@@ -35,6 +35,20 @@ void saveplace_name(const i32* path, i32 depth, char out[SAVE_PLACE])
     }
 }
 
+void savefault_tell(char* why, const i32* path, i32 depth, i32 node, const char* format,
+                    va_list args)
+{
+    char place[SAVE_PLACE];
+    saveplace_name(path, depth, place);
+    char said[SAVE_SAID];
+    std::vsnprintf(said, sizeof said, format, args);
+    if (node >= 0) {
+        std::snprintf(why, SAVE_WHY, "%s, node %d: %s", place, node, said);
+    } else {
+        std::snprintf(why, SAVE_WHY, "%s: %s", place, said);
+    }
+}
+
 static i32* last(GrowArray* list)
 {
     return items<i32>(list) + list->count - 1;
@@ -44,18 +58,11 @@ static i32* last(GrowArray* list)
 // Always false.
 [[gnu::format(printf, 3, 4)]] static bool fault(BlockWalk* walk, i32 node, const char* format, ...)
 {
-    char place[SAVE_PLACE];
-    saveplace_name(items<i32>(&walk->path), static_cast<i32>(walk->path.count), place);
-    char said[SAVE_SAID];
     va_list args;
     va_start(args, format);
-    std::vsnprintf(said, sizeof said, format, args);
+    savefault_tell(walk->why, items<i32>(&walk->path), static_cast<i32>(walk->path.count), node,
+                   format, args);
     va_end(args);
-    if (node >= 0) {
-        std::snprintf(walk->why, SAVE_WHY, "%s, node %d: %s", place, node, said);
-    } else {
-        std::snprintf(walk->why, SAVE_WHY, "%s: %s", place, said);
-    }
     return false;
 }
 

@@ -54,18 +54,10 @@ static bool finite_at(const u8* at)
 // Tells a fault of the open maze, or of one of its nodes if `node` isn't negative. Always false.
 [[gnu::format(printf, 3, 4)]] static bool fault(SaveCheck* check, i32 node, const char* format, ...)
 {
-    char place[SAVE_PLACE];
-    saveplace_name(check->path, check->depth, place);
-    char said[SAVE_SAID];
     va_list args;
     va_start(args, format);
-    std::vsnprintf(said, sizeof said, format, args);
+    savefault_tell(check->why, check->path, check->depth, node, format, args);
     va_end(args);
-    if (node >= 0) {
-        std::snprintf(check->why, SAVE_WHY, "%s, node %d: %s", place, node, said);
-    } else {
-        std::snprintf(check->why, SAVE_WHY, "%s: %s", place, said);
-    }
     return false;
 }
 

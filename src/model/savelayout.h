@@ -3,6 +3,8 @@
 
 #include "model/savefile.h"
 
+#include <cstdarg>
+
 enum {
     VISIT_BYTES = 24,
     EDGE_BYTES = 4 + VISIT_BYTES, // an edge and its record
@@ -40,6 +42,11 @@ constexpr u32 saveport_mask(i32 ports)
 /// Names the maze at the end of a path of open mazes, the root first: `path` holds the node that each
 /// has come to, of `depth` of them. The middle of a long path is left out.
 void saveplace_name(const i32* path, i32 depth, char out[SAVE_PLACE]);
+
+/// Tells in `why` (SAVE_WHY chars) a fault of the maze at the end of such a path, or of one of its nodes
+/// if `node` isn't negative.
+[[gnu::format(printf, 5, 0)]] void savefault_tell(char* why, const i32* path, i32 depth, i32 node,
+                                                  const char* format, va_list args);
 
 /// Whether `bytes` begin with the block of a root, with all blocks inside it, and a node number: no
 /// count and no name leads beyond the end, and no node has more edges than one can. `end` is then the

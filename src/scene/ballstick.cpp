@@ -1,11 +1,16 @@
 #include "scene/ballstick.h"
 
+#include "base/vec3.h"
 #include "gfx/gl/shaderprocs.h"
-#include "model/drawsphere.h"
 #include "model/mazegame.h"
 #include "scene/colours.h"
+#include "scene/exits.h"
+#include "scene/impostors.h"
+#include "scene/lighting.h"
 #include "scene/lists.h"
+#include "scene/view.h"
 
+#include <cmath>
 #include <cstdlib>
 
 extern const char glsl_agecolour[];
@@ -83,27 +88,6 @@ static void emitband(const MazeNode* node, const MazeNode* target, u32 colour, f
     emitbandcorner(target, 1);
 }
 
-// Whether a level draws its sticks to `target`. A stick that climbs out is drawn from above, by the
-// level that owns it; one inside a level is drawn from both ends, each with its own record.
-static bool drawsto(const Maze* maze, const Maze* target)
-{
-    return target->parent == maze || target->parent == maze->parent;
-}
-
-static i32 listexits(Maze* maze, i32 n, bool alledges, Pos* exits, VisitRec* recs)
-{
-    if (alledges) {
-        return Pos_alledges({maze, n}, exits, recs);
-    }
-    const MazeNode* const node = Maze_node(maze, n);
-    const i32 count = static_cast<i32>(node->nedges);
-    for (i32 i = count - 1; i >= 0; i--) {
-        exits[i] = {maze, node->edges[i]};
-        recs[i] = node->edgerec[i];
-    }
-    return count;
-}
-
 static bool coloursexits(const MazeGame* game)
 {
     return game == nullptr || game->showexits != 0;
@@ -120,8 +104,8 @@ void sphere_sticklist(Maze* maze, const MazeGame* game, bool alledges)
         }
         Pos exits[POS_MAXEDGES];
         VisitRec recs[POS_MAXEDGES];
-        for (i32 i = listexits(maze, n, alledges, exits, recs) - 1; i >= 0; i--) {
-            if (!drawsto(maze, exits[i].maze)) {
+        for (i32 i = exits_list({maze, n}, alledges, exits, recs) - 1; i >= 0; i--) {
+            if (!exits_drawn(maze, exits[i].maze)) {
                 continue;
             }
             const bool byexit = byexits && exits[i].maze == maze;
@@ -164,17 +148,9 @@ static ListPair* buildlists(Maze* maze, const MazeGame* game, bool alledges)
     return lists;
 }
 
-static bool outofview(Maze* maze, const ViewRec* view)
-{
-    f64 centre[3];
-    f64 radius;
-    Maze_drawsphere(maze, centre, &radius);
-    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0;
-}
-
 void sphere_lists(Maze* maze, MazeGame* game, SphereList which, bool recursive)
 {
-    if (outofview(maze, &game->view)) {
+    if (Maze_outofview(maze, &game->view)) {
         return;
     }
     const ListPair* lists = static_cast<ListPair*>(Maze_attachment(maze, "lists"));
@@ -222,5 +198,75 @@ void sphere_balls(Maze* root, MazeGame* game, bool recursive)
     begin(ballsprogram, game);
     sphere_lists(root, game, SPHERE_BALLS, recursive);
     drawcursor(game);
+    program_use(0);
+}
+
+void ballstick_balllist(Maze* maze)
+{
+    impostors_begin();
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        const MazeNode* const node = Maze_node(maze, n);
+        if (node->sub == nullptr) {
+            const u32 colour = exit_colour(maze, node->rec.colour);
+            impostor_sphere(colour_drawn(colour), node->pos, node->radius);
+        }
+    }
+    impostors_end();
+}
+
+static void emitstick(Maze* maze, const MazeNode* node, Pos exit, u32 colour)
+{
+    const MazeNode* const target = Pos_node(exit);
+    f64 axis[3];
+    vec3_sub(axis, target->pos, node->pos);
+    const u32 shown = exit.maze == maze ? exit_colour(maze, colour) : colour;
+    impostor_cylinder(colour_drawn(shown), node->pos, axis,
+                      std::fmin(node->radius, target->radius));
+}
+
+void ballstick_sticklist(Maze* maze)
+{
+    impostors_begin();
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        const MazeNode* const node = Maze_node(maze, n);
+        if (node->sub != nullptr) {
+            continue;
+        }
+        Pos exits[POS_MAXEDGES];
+        VisitRec recs[POS_MAXEDGES];
+        for (i32 i = Pos_alledges({maze, n}, exits, recs) - 1; i >= 0; i--) {
+            if (drawsto(maze, exits[i].maze)) {
+                emitstick(maze, node, exits[i], recs[i].colour);
+            }
+        }
+    }
+    impostors_end();
+}
+
+static void beginlit(u32 program, const f64 lamp[3], bool lit, const LightRec* light)
+{
+    program_use(program);
+    projection_set(program);
+    lamp_set(program, lamp, lit);
+    lights_set(program, light);
+}
+
+void ballstick_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
+{
+    const ListView from = {.view = &game->view, .reach = 0.0};
+    f64 cursor[3];
+    f64 radius;
+    MazeGame_viewpos_radius(cursor, game, &radius);
+    beginlit(sphere_program(), cursor, lit, light);
+    Maze_calllist(root, "ballstick_ballslist", ballstick_balllist, true, &from);
+    if (lit) {
+        program_use(sphere_program_unlit());
+        projection_set(sphere_program_unlit());
+    }
+    impostors_begin();
+    impostor_sphere(0xFFFFFF, cursor, 1.5 * radius);
+    impostors_end();
+    beginlit(cylinder_program(), cursor, lit, light);
+    Maze_calllist(root, "ballstick_stickslist", ballstick_sticklist, true, &from);
     program_use(0);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/attachment.h"
+#include "model/viewrec.h"
 
 /// Two list names that go together.
 struct ListPair {
@@ -16,6 +17,17 @@ void ListPair_delete(void* data, Maze* maze);
 /// What emits one level of a style into the list being compiled.
 using ListBuilder = void (*)(Maze* maze);
 
+/// What a plot leaves out of its lists' calls: levels that can't touch the picture.
+struct ListView {
+    const ViewRec* view; // of this depth slice; null leaves nothing out
+    f64 reach;           // how far the style draws beyond the draw sphere of a level, world units
+};
+
 /// Calls the list that a level keeps as the attachment `name` (flags 3), building it if it is missing,
-/// and, if `recursive`, those of all levels below, last node first. Nothing is left out of view.
-void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive);
+/// and, if `recursive`, those of all levels below, last node first.
+///
+/// A level whose draw sphere, wider by `reach`, is outside the four sides of the view or outside the
+/// depth slice is left out with all below it, and its list isn't built: it paints nothing. Nothing is
+/// left out for being small. Builds in the middle of the run, in the program that is current.
+void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
+                   const ListView* from);

@@ -3,13 +3,25 @@
 #include "gfx/gfx_opengl.h"
 #include "gfx/projection.h"
 #include "model/attachment.h"
+#include "model/connect.h"
 #include "model/stategraph.h"
 #include "scene/ballstick.h"
+#include "scene/clouds.h"
+#include "scene/flat.h"
+#include "scene/gantry.h"
+#include "scene/grid.h"
+#include "scene/labels.h"
+#include "scene/light.h"
+#include "scene/sea.h"
+#include "scene/sky.h"
 #include "scene/view.h"
+#include "scene/voronoi.h"
 
 #include <GL/gl.h>
 
 #include <bit>
+#include <cmath>
+#include <cstdlib>
 
 i32 plot_type = 0;
 i32 voronoi_on = 0;
@@ -45,6 +57,11 @@ static void drawslice(MazeGame* game, f32 offset)
 
 void scene_draw(MazeGame* game)
 {
+    LightRec light;
+    light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        sky_draw(game, &light);
+    }
     // far first: all of the near slice lies before all of the far one, and is painted over it
     drawslice(game, slice_far_offset);
     drawslice(game, slice_near_offset);
@@ -69,10 +86,92 @@ static void drawstate(const MazeGame* game)
     gfx_overlay_end();
 }
 
+static void spheres_plot(MazeGame* game)
+{
+    labels_draw_font(game->root, game, true);
+    sphere_sticks(game->root, game, true);
+    sphere_balls(game->root, game, true);
+}
+
+static void drawmaze(MazeGame* game, const LightRec* light)
+{
+    if (voronoi_on != 0) {
+        voronoi_plot(game->root, game);
+    } else if (plot_type == 1) {
+        gantry_plot(game->root, game, light_on != 0, light);
+    } else if (plot_type == 2) {
+        ballstick_plot(game->root, game, light_on != 0, light);
+    } else if (key_held('J')) {
+        flat_plot(game->root, game, true);
+    } else {
+        spheres_plot(game);
+    }
+}
+
+// A copy of the player's level with nothing but what can be reached from there. Owned by the caller.
+static Maze* reachablecopy(Pos from)
+{
+    u8* const reached = Maze_reachable(from.maze, from.node);
+    Maze* const copy = Maze_clone(from.maze, false);
+    for (i32 n = Maze_count(copy) - 1; n >= 0; n--) {
+        if (reached[n] == 0) {
+            Maze_delnode(copy, n, true);
+        }
+    }
+    std::free(reached);
+    return copy;
+}
+
+static void paint(Maze* maze, u32 colour)
+{
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        MazeNode* const node = Maze_node(maze, n);
+        node->rec.colour = colour;
+        for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
+            node->edgerec[i].colour = colour;
+        }
+    }
+}
+
+// Paints what can be reached in the player's level over the picture, in blue.
+static void drawreachable(MazeGame* game)
+{
+    Maze* const copy = reachablecopy(game->pos);
+    paint(copy, 0x0000FF);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_COLOR);
+    flat_plot(copy, game, false);
+    glDisable(GL_BLEND);
+    Maze_free(copy, false);
+}
+
+// The wind blows along y, 20 texels of the clouds a second.
+static void drawclouds(const MazeGame* game, const LightRec* light)
+{
+    f64 eye[3];
+    MazeGame_eye(eye, game);
+    const f32 wind = static_cast<f32>(std::fmod(20 * game->time, 1e7));
+    clouds_draw(eye, 0, wind, 128.0F, 1.5F, light);
+}
+
 void scene_plot(MazeGame* game)
 {
     ViewRec_get(&game->view);
-    sphere_sticks(game->root, game, true);
-    sphere_balls(game->root, game, true);
+    LightRec light;
+    light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        seabed_draw(game, light_on, &light);
+    }
+    drawmaze(game, &light);
     drawstate(game);
+    if (key_held('F')) {
+        drawreachable(game);
+    }
+    if (landscape_on != 0) { // after all solid matter: the sea blends over what lies below it
+        sea_draw(game, light_on, &light, 0);
+        drawclouds(game, &light);
+    }
+    if (grid_on != 0) {
+        grid_draw(game);
+    }
 }

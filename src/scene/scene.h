@@ -19,7 +19,7 @@ extern i32 smooth_lines; // starts at 1
 void scene_draw(MazeGame* game);
 
 /// One run of the plot in the current projection: captures the view record into `game->view`, so that
-/// what is left out goes by this slice, and draws the world in discs and ribbons. In a state graph its
+/// what is left out goes by this slice, and draws the world in the style of the switches. In a state graph its
 /// maker's picture of the player's state is painted over it, at a tenth of the window's size from the
 /// upper left corner, in the size of a fortieth of its height.
 void scene_plot(MazeGame* game);

@@ -1,6 +1,7 @@
 #include "scene/view.h"
 
 #include "gfx/gfx_opengl.h"
+#include "model/drawsphere.h"
 
 #include <GL/gl.h>
 
@@ -37,6 +38,13 @@ static f64 heldcoordinate(f64 c)
     return static_cast<f64>(static_cast<f32>(std::clamp(c, -limit, limit)));
 }
 
+void MazeGame_eye(f64 out[3], const MazeGame* game)
+{
+    for (i32 i = 2; i >= 0; i--) {
+        out[i] = heldcoordinate(game->campos[i]);
+    }
+}
+
 void MazeGame_applyview(MazeGame* game)
 {
     f64 rotation[16] = {};
@@ -47,7 +55,16 @@ void MazeGame_applyview(MazeGame* game)
     }
     rotation[15] = 1.0;
     glMultMatrixd(rotation);
-    glTranslated(-heldcoordinate(game->campos[0]), -heldcoordinate(game->campos[1]),
-                 -heldcoordinate(game->campos[2]));
+    f64 eye[3];
+    MazeGame_eye(eye, game);
+    glTranslated(-eye[0], -eye[1], -eye[2]);
     ViewRec_get(&game->view);
+}
+
+bool Maze_outofview(Maze* maze, const ViewRec* view)
+{
+    f64 centre[3];
+    f64 radius;
+    Maze_drawsphere(maze, centre, &radius);
+    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0;
 }

@@ -15,3 +15,10 @@ void view_install();
 /// `orient`, then a translation by minus `campos`, rounded to single precision first and held to
 /// finite values. Then captures `game->view`.
 void MazeGame_applyview(MazeGame* game);
+
+/// Whether a level, with all below it, need not be drawn: its draw sphere is out of the view that the game
+/// has captured, or smaller than a pixel.
+bool Maze_outofview(Maze* maze, const ViewRec* view);
+
+/// The eye as that camera has it: `campos` rounded to single precision and held to finite values.
+void MazeGame_eye(f64 out[3], const MazeGame* game);

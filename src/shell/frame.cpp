@@ -7,6 +7,8 @@
 #include "base/wholefile.h"
 #include "gfx/gfx_opengl.h"
 #include "gfx/projection.h"
+#include "gfx/screenshot.h"
+#include "gfx/textures.h"
 #include "gfx/stereo.h"
 #include "model/attachment.h"
 #include "model/commands.h"
@@ -14,6 +16,7 @@
 #include "model/savefile.h"
 #include "scene/scene.h"
 #include "scene/view.h"
+#include "shell/hud.h"
 #include "shell/lastsave.h"
 #include "shell/numbers.h"
 
@@ -271,7 +274,7 @@ static void startloop(Driver* driver)
     driver->dt = 0;
     driver->first_swap_done = false;
     Camera_init(&driver->camera, &driver->game);
-    driver->hud_mode = 0;
+    driver->hud_mode = HUD_PROMPT;
     if (gfx_width == 0) {
         report_inner("Corvane", 153, REPORT_FATAL,
                      "GRAPHICS() macro not called at LOOP start, or no resolution specified", 0);
@@ -282,6 +285,7 @@ static void startloop(Driver* driver)
 bool driver_start(Driver* driver, bool times)
 {
     starttimes(times);
+    tex_plain_format = 1;
     platform->takesignals();
     readsettings(driver);
     lap("settings");
@@ -291,6 +295,8 @@ bool driver_start(Driver* driver, bool times)
         return false;
     }
     lap("window");
+    hud_makefonts();
+    lap("font");
     lockfolder(driver);
     startgame(driver);
     beginlastsave(driver);
@@ -380,7 +386,7 @@ static void plotkeys(Maze* root)
 static void edgekeys(Driver* driver)
 {
     if (key_pressed(KEY_SPACE)) {
-        driver->hud_mode = (driver->hud_mode + 1) & 3;
+        driver->hud_mode = (driver->hud_mode + 1) & (HUD_MODES - 1);
     }
     stereokeys(driver);
     fovkeys();
@@ -423,6 +429,14 @@ static void mazekeys(Driver* driver)
     MazeGame_expand(game);
     if (key_held('C')) {
         MazeGame_growall(game);
+    }
+}
+
+// The picture is that of this frame: nothing has cleared the back buffer yet.
+static void screenshotkey()
+{
+    if (key_held(KEY_CTRL) && key_pressed('S')) {
+        screenshot_save("Corvane");
     }
 }
 
@@ -472,10 +486,12 @@ bool driver_frame(Driver* driver)
     MazeGame_applyview(game);
     edgekeys(driver);
     drawscene(driver);
+    hud_draw(game, driver->hud_mode, driver->dt);
     lastsave_hold();
     newgamekey(driver);
     mazekeys(driver);
     lastsave_release();
+    screenshotkey();
     showframe(driver);
     clearframe();
     return !quitasked();

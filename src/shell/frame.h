@@ -29,14 +29,14 @@ struct Driver {
     bool first_swap_done;
 };
 
-/// Start-up, for the back end in use: signals, settings, random seed, window, game, first pump. The
-/// seed is the settings' "Seed" if there is one (decimal, below 2^32; anything else there is told as
-/// a notice), otherwise the clock's milliseconds. A save file that is refused is told, and a new game
-/// starts. Of the copies in one folder the first holds it for its run; each later one tells that it
-/// will not write the save file, and only reads it. Where the folder can't be locked a copy counts as
-/// the first. False if there is no size for a window: that is told on standard error, and nothing is
-/// open or held then. Fatal if the window can't be made. Signals to end are a request to close from
-/// the first moment on.
+/// Start-up, for the back end in use: signals, settings, random seed, window, fonts, game, first
+/// pump. The seed is the settings' "Seed" if there is one (decimal, below 2^32; anything else there
+/// is told as a notice), otherwise the clock's milliseconds. A save file that is refused is told,
+/// and a new game starts. Of the copies in one folder the first holds it for its run; each later
+/// one tells that it will not write the save file, and only reads it. Where the folder can't be
+/// locked a copy counts as the first. False if there is no size for a window: that is told on
+/// standard error, and nothing is open or held then. Fatal if the window can't be made. Signals to
+/// end are a request to close from the first moment on.
 /// `times`, if set, prints how long each step took on standard error, up to the first swap; of what
 /// comes before main the processor time only.
 bool driver_start(Driver* driver, bool times);

@@ -11,6 +11,9 @@
 
 enum { FONT_CODES = 512, FONT_BASEMARK = 512 };
 
+/// Greatest magnitude that an option of a description gives a scale, skew or boldness.
+static constexpr f64 FONTSPEC_MAX = 1e6;
+
 struct Font {
     u32 texture;           // shared by a base font and its variants
     u32 cellx[FONT_CODES]; // left pixel of each cell, by character code
@@ -50,11 +53,17 @@ GrowArray* fonts_table();
 
 /// Reads a description into `spec`: a font name, then options, each after a colon, which add up from left
 /// to right. A name that isn't in the table takes the current font's base, or that of a random font if
-/// none is current (two draws), or a placeholder of that name. Unknown options, and options that want a
-/// number and have none, change nothing. Any text is taken.
+/// none is current (two draws), or, while the table is empty, a placeholder that the whole description
+/// names. Unknown options, and options that want a number and have none, change nothing; neither does a
+/// number that isn't finite. A field that an option would take beyond FONTSPEC_MAX stays as it is. Any
+/// text is taken.
 void FontSpec_parse(FontSpec* spec, const char* description);
 
-/// The font that is near enough to a spec, else a new variant of its base. Lent.
+/// The spec that a font's own fields give.
+FontSpec Font_spec(const Font* font);
+
+/// The font that is near enough to a spec, else a new variant of its base. Lent. Trusts `spec` to have a
+/// base and finite numbers.
 Font* Font_variant(const FontSpec* spec);
 
 /// A new entry of the table: a copy of the whole record with a name of its own. Lent.
@@ -72,5 +81,7 @@ void Font_use(Font* font);
 /// Makes the font of a spec current. At once if font_spec equals it.
 void Font_usespec(const FontSpec* spec);
 
-/// A font with a blank texture of 1 by 1, which takes the place of one that has its name. Lent.
+/// A font with a blank texture of 1 by 1, which takes the place of one that has its name; it becomes
+/// current if that was. Where the lost font was the base of others, one of them becomes their base, and
+/// the texture goes with the last font that shares it. Lent.
 Font* Font_placeholder(const char* name);

@@ -1,11 +1,26 @@
 // Text on the screen, from the current font, in window pixels with the origin at the upper left.
 //
 // Strings are bytes with a zero at the end. Byte 10 begins a new line, byte 2 and two bytes (high first)
-// give a character code, and byte 5 begins a command of 7 bytes in all: 0 a colour, 1 a pen position,
-// 2 a size and a shift. A sequence cut short by the end of its string ends the string.
+// give a character code, of which the lowest nine bits count, and byte 5 begins a command of 7 bytes in
+// all:
+//
+//   5, 0, u32 colour 0xRRGGBB, 1 byte      the colour of what follows
+//   5, 1, i32 x, 1 byte                    the pen's position in pixels
+//   5, 2, u16 size, i16 shift, 1 byte      the scales of the font from before the call times size / 256,
+//                                          and the baseline raised by shift / 256 of its height
+//
+// with numbers low byte first. Another command is passed over. Zeros inside a sequence don't end the
+// string, so one that is cut short can only be told where the length is given: there it ends the string.
+// Texts that come from files take the routines with a length.
 #pragma once
 
 #include "base/types.h"
+
+#include <cstddef>
+#include <cstdint>
+
+/// A length for a string that ends at its zero and has its sequences whole.
+static constexpr size_t TEXT_WHOLE = SIZE_MAX;
 
 /// The drawing state.
 extern i32 text_overlay;             // a batch sets the 2-D overlay up; starts at 1
@@ -27,8 +42,14 @@ void text3d_end();
 /// font is as before afterwards.
 f32 text_put(f32 x, f32 y, f32 wrap, f32 maxy, const char* text, u32 colour);
 
+/// The same for the first `length` bytes, or up to the zero if that comes before.
+f32 text_put_bytes(f32 x, f32 y, f32 wrap, f32 maxy, const char* text, size_t length, u32 colour);
+
 /// A batch of its own, without wrapping.
 f32 text_draw(f32 x, f32 y, const char* text, u32 colour);
 
 /// Width in pixels; lines add up. Null measures "NULL?".
 f32 text_width(const char* text);
+
+/// The same for the first `length` bytes, or up to the zero if that comes before.
+f32 text_width_bytes(const char* text, size_t length);

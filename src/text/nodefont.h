@@ -80,15 +80,19 @@ void NodeFont_setbox(f32 box[4], const NodeFontCharSet* set, const NodeFontParam
 
 /// Builds a font from a table: strokes every glyph into a texture, adds the font to the table of fonts
 /// and prepares text_program. `scale` is pixels a letter height, `margin` the width of the distance ramp
-/// in pixels. The atlas is drawn offscreen. The font becomes current if none is. Lent.
+/// in pixels. The atlas is drawn offscreen, or in the back buffer, which is black where it was drawn
+/// afterwards; a small window makes it slower, no worse. OpenGL's state is as before, but program 0 is
+/// current. The font becomes current if none is. Lent.
 ///
-/// Fatal if the atlas doesn't fit in a texture, or if the table is damaged.
+/// Fatal if the atlas doesn't fit in a texture, or if the table is damaged. Null where fatal reports
+/// return.
 Font* NodeFontCharSet_load(const u8* data, u32 length, const char* name,
                            const NodeFontParams* params, f32 scale, f32 margin);
 
 /// Draws one glyph into the current framebuffer, in letter heights, with the greatest value kept where
 /// pieces overlap: 0.5 on the edge of a stroke, the current colour `fade` / 2 inside, 0 `fade` / 2
-/// outside. Leaves blending off.
+/// outside. Where the driver can't keep the greatest value, joints bulge a little at their edges. Leaves
+/// blending off and the current colour as it is.
 void NodeFont_stroke(const NodeFontChar* glyph, i32 code, const NodeFontParams* params, f32 fade);
 
 /// The program that draws glyphs sharply; 0 for none. Written by NodeFont_program.

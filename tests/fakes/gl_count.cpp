@@ -18,6 +18,11 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
     }
 }
 
+static f32 single(f64 x)
+{
+    return static_cast<f32>(x);
+}
+
 // A type can't stand in parentheses.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define GL_COUNTED(result, name, parameters, arguments, before)                                    \
@@ -42,6 +47,8 @@ GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], 1))
 GL_COUNTED(void, glColor4fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], v[3]))
+GL_COUNTED(void, glColor4ub, (GLubyte r, GLubyte g, GLubyte b, GLubyte a), (r, g, b, a),
+           note(gl_count.now.colour, r / 255.0F, g / 255.0F, b / 255.0F, a / 255.0F))
 GL_COUNTED(void, glTexCoord2f, (GLfloat x, GLfloat y), (x, y), note(gl_count.now.tex, x, y, 0, 1))
 GL_COUNTED(void, glTexCoord4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            note(gl_count.now.tex, x, y, z, w))
@@ -50,6 +57,27 @@ GL_COUNTED(void, glNormal3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), {
     gl_count.now.normal[1] = y;
     gl_count.now.normal[2] = z;
 })
+GL_COUNTED(void, glVertex3d, (GLdouble x, GLdouble y, GLdouble z), (x, y, z),
+           notevertex(single(x), single(y), single(z), 1))
+GL_COUNTED(void, glVertex3dv, (const GLdouble* v), (v),
+           notevertex(single(v[0]), single(v[1]), single(v[2]), 1))
+GL_COUNTED(void, glTexCoord2d, (GLdouble x, GLdouble y), (x, y),
+           note(gl_count.now.tex, single(x), single(y), 0, 1))
+GL_COUNTED(void, glTexCoord4d, (GLdouble x, GLdouble y, GLdouble z, GLdouble w), (x, y, z, w),
+           note(gl_count.now.tex, single(x), single(y), single(z), single(w)))
+GL_COUNTED(void, glColor3ub, (GLubyte r, GLubyte g, GLubyte b), (r, g, b),
+           note(gl_count.now.colour, r / 255.0F, g / 255.0F, b / 255.0F, 1))
+GL_COUNTED(void, glColor3d, (GLdouble r, GLdouble g, GLdouble b), (r, g, b),
+           note(gl_count.now.colour, single(r), single(g), single(b), 1))
+GL_COUNTED(void, glColor3dv, (const GLdouble* v), (v),
+           note(gl_count.now.colour, single(v[0]), single(v[1]), single(v[2]), 1))
+GL_COUNTED(void, glEnable, (GLenum what), (what), )
+GL_COUNTED(void, glDisable, (GLenum what), (what), )
+GL_COUNTED(void, glBlendFunc, (GLenum from, GLenum to), (from, to), )
+GL_COUNTED(void, glDepthMask, (GLboolean on), (on), )
+GL_COUNTED(void, glHint, (GLenum what, GLenum how), (what, how), )
+GL_COUNTED(void, glPointSize, (GLfloat size), (size), )
+GL_COUNTED(void, glLineWidth, (GLfloat width), (width), )
 GL_COUNTED(void, glCallList, (GLuint list), (list), )
 GL_COUNTED(void, glNewList, (GLuint list, GLenum mode), (list, mode), )
 GL_COUNTED(void, glEndList, (), (), )
@@ -63,3 +91,18 @@ GL_COUNTED(void, glMultMatrixd, (const GLdouble* m), (m), )
 GL_COUNTED(void, glTranslated, (GLdouble x, GLdouble y, GLdouble z), (x, y, z), )
 GL_COUNTED(void, glMatrixMode, (GLenum mode), (mode), )
 GL_COUNTED(void, glClear, (GLbitfield mask), (mask), )
+GL_COUNTED(void, glVertex3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), notevertex(x, y, z, 1))
+GL_COUNTED(void, glTexCoord3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z),
+           note(gl_count.now.tex, x, y, z, 1))
+GL_COUNTED(void, glColor3f, (GLfloat r, GLfloat g, GLfloat b), (r, g, b),
+           note(gl_count.now.colour, r, g, b, 1))
+GL_COUNTED(void, glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g, b, a),
+           note(gl_count.now.colour, r, g, b, a))
+GL_COUNTED(void, glEnable, (GLenum what), (what), )
+GL_COUNTED(void, glDisable, (GLenum what), (what), )
+GL_COUNTED(void, glDepthMask, (GLboolean on), (on), )
+GL_COUNTED(void, glBlendFunc, (GLenum source, GLenum destination), (source, destination), )
+GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
+GL_COUNTED(void, glPushMatrix, (), (), )
+GL_COUNTED(void, glPopMatrix, (), (), )
+GL_COUNTED(GLenum, glGetError, (), (), )

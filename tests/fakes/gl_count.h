@@ -75,6 +75,7 @@ inline void gl_count_entries()
     GlEntry<&GlEntryPoints::GetUniformLocation>::install();
     GlEntry<&GlEntryPoints::Uniform1f>::install();
     GlEntry<&GlEntryPoints::Uniform3f>::install();
+    GlEntry<&GlEntryPoints::Uniform3fv>::install();
     GlEntry<&GlEntryPoints::Uniform1i>::install();
     GlEntry<&GlEntryPoints::UniformMatrix4fv>::install();
 }

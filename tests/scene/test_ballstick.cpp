@@ -2,25 +2,12 @@
 #include "model/pos.h"
 #include "scene/ballstick.h"
 #include "scene/lists.h"
+#include "tests/emitted.h"
 #include "tests/fakes/alloc_count.h"
-#include "tests/fakes/gl_count.h"
 #include "tests/scene_picture.h"
 
 #include <cstdio>
 #include <cstdlib>
-
-// What a routine emits, caught before it reaches OpenGL.
-template <typename Routine> static std::vector<GlVertex> emitted(Routine routine)
-{
-    gl_count.forward = false;
-    gl_count.record = true;
-    gl_count.vertices.clear();
-    routine();
-    gl_count.forward = true;
-    gl_count.record = false;
-    EXPECT_EQ(gl_count.openbatches, 0);
-    return gl_count.vertices;
-}
 
 static std::vector<GlVertex> discs_of(Maze* maze, const MazeGame* game)
 {

@@ -1,4 +1,5 @@
 #include "scene/colours.h"
+#include "tests/agecolour.h"
 #include "tests/scene_picture.h"
 
 #include <gtest/gtest.h>
@@ -94,42 +95,132 @@ TEST(colour_channels, looks_at_the_low_24_bits_alone)
     EXPECT_EQ(rgb[0], 254.0F / 255.0F);
 }
 
+TEST(age_colour_cpu, is_a_light_grey_at_age_0)
+{
+    EXPECT_EQ(age_colour_cpu(0), 0x9F9F9FU); // 123 + 36
+}
+
+TEST(age_colour_cpu, keeps_ages_below_a_hundredth_of_a_second_at_that_of_0)
+{
+    EXPECT_EQ(age_colour_cpu(0.005), age_colour_cpu(0));
+    EXPECT_EQ(age_colour_cpu(-3), age_colour_cpu(0));
+    EXPECT_EQ(age_colour_cpu(std::nan("")), age_colour_cpu(0));
+}
+
 TEST(age_colour_cpu, has_a_colour_for_each_decade)
 {
+    // in the middle of each decade: i = 18 and h = 9 of 36; the grey falls by 16 a decade
     const struct {
-        f64 age, r, g, b;
+        f64 decade;
+        i32 r, g, b;
     } table[] = {
-        {0.05, 0.580333, 0.580333, 0.580333}, {0.5, 0.517633, 0.418938, 0.517633},
-        {5, 0.454933, 0.313733, 0.356238},    {50, 0.392233, 0.349727, 0.251033},
-        {500, 0.230838, 0.329533, 0.188333},  {5e3, 0.125633, 0.266833, 0.224327},
-        {5e4, 0.0667, 0.109205, 0.2079},      {5e5, 0.116047, 0.116047, 0.158553},
-        {5e6, 0.087953, 0.087953, 0.087953},
+        {0.5, 36, 36, 36}, {1.5, 36, 18, 36}, {2.5, 36, 0, 18}, {3.5, 36, 18, 0}, {4.5, 18, 36, 0},
+        {5.5, 0, 36, 18},  {6.5, 0, 18, 36},  {7.5, 9, 9, 27},  {8.5, 9, 9, 9},   {9.5, 0, 0, 0},
     };
     for (const auto& row : table) {
-        f64 c[3];
-        age_colour_cpu(row.age, c);
-        EXPECT_NEAR(c[0], row.r, 2e-6) << row.age;
-        EXPECT_NEAR(c[1], row.g, 2e-6) << row.age;
-        EXPECT_NEAR(c[2], row.b, 2e-6) << row.age;
+        const f64 decade = row.decade + 1e-9; // not a hair below
+        const i32 grey = static_cast<i32>(std::fmax(6.638888888888889 - decade, 0) * 16 + 17);
+        const u32 want = static_cast<u32>(grey + row.r) << 16 |
+                         static_cast<u32>(grey + row.g) << 8 | static_cast<u32>(grey + row.b);
+        EXPECT_EQ(age_colour_cpu(std::pow(10, decade) / 100), want) << row.decade;
     }
 }
 
-TEST(age_colour_cpu, puts_ages_of_0_and_5_milliseconds_in_the_first_band)
+TEST(age_colour_cpu, is_the_shaders_formula_within_rounding)
 {
-    for (const f64 age : {0.0, 0.005}) {
-        f64 c[3];
-        age_colour_cpu(age, c);
-        EXPECT_NEAR(c[0], 0.624158, 2e-6);
-        EXPECT_NEAR(c[1], 0.624158, 2e-6);
-        EXPECT_NEAR(c[2], 0.624158, 2e-6);
+    for (f64 decade = -0.5; decade < 10; decade += 0.0103) {
+        const f64 age = std::pow(10, decade) / 100;
+        const AgeLight light = age_light(age);
+        const u32 c = age_colour_cpu(age);
+        EXPECT_NEAR(((c >> 16) & 0xFF) / 255.0, light.c[0], 2.1 / 255) << age;
+        EXPECT_NEAR(((c >> 8) & 0xFF) / 255.0, light.c[1], 2.1 / 255) << age;
+        EXPECT_NEAR((c & 0xFF) / 255.0, light.c[2], 2.1 / 255) << age;
     }
 }
 
-TEST(age_colour_cpu, adds_nothing_but_a_faint_grey_beyond_116_days)
+TEST(age_colour_cpu, takes_any_age)
 {
-    f64 c[3];
-    age_colour_cpu(5e7, c);
-    EXPECT_NEAR(c[0], 0.0667, 1e-9);
-    EXPECT_NEAR(c[1], 0.0667, 1e-9);
-    EXPECT_NEAR(c[2], 0.0667, 1e-9);
+    EXPECT_EQ(age_colour_cpu(1e300), 0x111111U);
+    EXPECT_EQ(age_colour_cpu(HUGE_VAL), 0x111111U);
+}
+
+TEST(colour_add, holds_each_channel_between_0_and_255)
+{
+    EXPECT_EQ(colour_add(0x10F080, -0x40, 0x40, 1), 0x00FF81U);
+}
+
+static VisitRec visited(u32 colour, f64 walked, f64 trailed)
+{
+    return {colour, walked, trailed};
+}
+
+// The colour of the first node of a flat maze.
+static u32 node_colour(const VisitRec& rec, const MazeGame* game)
+{
+    Maze* const maze = Maze_new();
+    const u32 colour = rec_colour(&rec, {maze, 0}, Pos_null, game);
+    Maze_free(maze, false);
+    return colour;
+}
+
+TEST(rec_colour, is_the_records_own_where_nobody_has_walked)
+{
+    EXPECT_EQ(node_colour(visited(0x123456, -1, -1), nullptr), 0x123456U);
+}
+
+TEST(rec_colour, draws_white_a_step_darker)
+{
+    EXPECT_EQ(node_colour(visited(0xFFFFFF, -1, -1), nullptr), 0xFEFEFEU);
+}
+
+TEST(rec_colour, adds_the_age_of_the_players_passage)
+{
+    MazeGame game = {};
+    game.showtrail = 1;
+    game.time = 10;
+    EXPECT_EQ(node_colour(visited(0x010203, 10, -1), &game), 0xA0A1A2U);
+}
+
+TEST(rec_colour, adds_the_age_of_a_roamers_passage_in_green)
+{
+    MazeGame game = {};
+    game.showtrail = 1;
+    game.time = 10;
+    // 159 * 64 / 255 = 39, 159, 159 * 128 / 255 = 79
+    EXPECT_EQ(node_colour(visited(0, -1, 10), &game), 0x279F4FU);
+}
+
+TEST(rec_colour, adds_both_passages_and_is_never_white)
+{
+    MazeGame game = {};
+    game.showtrail = 1;
+    EXPECT_EQ(node_colour(visited(0xF0F0F0, 0, 0), &game), 0xFEFEFEU);
+}
+
+TEST(rec_colour, adds_nothing_while_trails_are_not_shown)
+{
+    MazeGame game = {};
+    EXPECT_EQ(node_colour(visited(0x123456, 0, 0), &game), 0x123456U);
+}
+
+TEST(rec_colour, takes_the_time_0_without_a_game)
+{
+    EXPECT_EQ(node_colour(visited(0, 0, -1), nullptr), 0x9F9F9FU);
+}
+
+TEST(rec_colour, is_the_exit_colour_inside_a_level_of_which_an_exit_has_been_used)
+{
+    const Nest nest(3);
+    nest.sub->exitsused = 1;
+    const VisitRec rec = visited(0x123456, -1, -1);
+    EXPECT_EQ(rec_colour(&rec, {nest.sub, 0}, Pos_null, nullptr), 0xC0A040U);
+    EXPECT_EQ(rec_colour(&rec, {nest.sub, 0}, {nest.sub, 0}, nullptr), 0xC0A040U);
+}
+
+TEST(rec_colour, is_the_records_own_for_an_edge_that_leaves_the_level)
+{
+    const Nest nest(3);
+    nest.sub->exitsused = 1;
+    const VisitRec rec = visited(0x123456, -1, -1);
+    EXPECT_EQ(rec_colour(&rec, {nest.sub, 0}, {nest.sub->parent, 0}, nullptr), 0x123456U);
 }

@@ -1,5 +1,6 @@
 // Pictures of discs and ribbons against the formulas, worked out anew for each pixel.
 #include "scene/colours.h"
+#include "tests/agecolour.h"
 #include "tests/scene_picture.h"
 
 static f64 ramp(f64 x, f64 a, f64 w)
@@ -419,8 +420,8 @@ static Rgb walked_disc(f64 age, f64 time, i32 showtrail, i32 x)
 
 static void expect_age(Rgb core, Rgb rim, f64 age)
 {
-    f64 c[3];
-    age_colour_cpu(age, c);
+    const AgeLight light = age_light(age);
+    const f64* const c = light.c;
     expect_colour(core, core_of(dark + c[0]), core_of(dark + c[1]), core_of(dark + c[2]));
     expect_colour(rim, rim_of(dark + c[0]), rim_of(dark + c[1]), rim_of(dark + c[2]));
 }
@@ -482,11 +483,8 @@ TEST(age_colour, ages_without_a_new_list)
     world.game.time = 510 - 0.05;
     const Rgb old = picture_draw(&world.game).at(100, 75);
     EXPECT_EQ(Maze_attachment(world.root, "lists"), lists);
-    f64 c[3];
-    age_colour_cpu(0.05, c);
-    EXPECT_NEAR(fresh.g, core_of(dark + c[1]), 0.006);
-    age_colour_cpu(500, c);
-    EXPECT_NEAR(old.g, core_of(dark + c[1]), 0.006);
+    EXPECT_NEAR(fresh.g, core_of(dark + age_light(0.05).c[1]), 0.006);
+    EXPECT_NEAR(old.g, core_of(dark + age_light(500).c[1]), 0.006);
 }
 
 TEST(cursor, is_a_white_disc_where_the_player_is_seen)

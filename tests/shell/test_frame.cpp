@@ -245,8 +245,8 @@ TEST(driver_start, prints_the_split_of_the_start_up_to_the_first_swap_if_asked)
     session.frames(3);
     const std::string err = testing::internal::GetCapturedStderr();
     size_t place = 0;
-    for (const char* const step : {"cpu before main", "settings", "window", "world", "first pump",
-                                   "first frame", "from main"}) {
+    for (const char* const step : {"cpu before main", "settings", "window", "font", "world",
+                                   "first pump", "first frame", "from main"}) {
         const size_t found = err.find(std::string("CORVANE_TIMES ") + step, place);
         ASSERT_NE(found, std::string::npos) << step << " in:\n" << err;
         place = found + 1;

@@ -1,0 +1,223 @@
+#include "scene/gantry.h"
+
+#include "gfx/gl/shaderprocs.h"
+#include "gfx/textures.h"
+#include "model/mazegame.h"
+#include "scene/colours.h"
+#include "scene/gantryparts.h"
+#include "scene/impostors.h"
+#include "scene/lighting.h"
+#include "scene/lists.h"
+
+#include <cmath>
+#include <cstdlib>
+
+extern const char glsl_lighting[];
+extern const char glsl_plate_vs[];
+extern const char glsl_plate_fs[];
+extern const char glsl_hextile_fs[];
+
+u32 gantry_tex = 0;   // written by maketextures
+u32 gantry_tnorm = 0; // written by maketextures
+
+static GLuint plateprogram;   // 0 until first use of gantry_plot
+static GLuint hextileprogram; // 0 until first use of drawhextile
+
+// The texts of each program, stage by stage.
+static const char* const platevertex[] = {glsl_plate_vs};
+static const char* const platefragment[] = {glsl_lighting, glsl_plate_fs};
+static const char* const hextilefragment[] = {glsl_hextile_fs};
+
+// -------- the two textures
+
+static void emittilecorner(i32 x, i32 y, f32 u, f32 v)
+{
+    glTexCoord2f(u, v);
+    glVertex2f(static_cast<f32>(x), static_cast<f32>(y));
+}
+
+// `tn` is 0 for the colour and 1 for the normals. Where the picture can't hold an alpha its colours are
+// multiplied by it; the flag at `alphalost` says so.
+static void drawhextile(i32 width, i32 height, i32 tn, void* alphalost)
+{
+    if (hextileprogram == 0) {
+        hextileprogram = program_make_lists(nullptr, 0, hextilefragment, 1);
+    }
+    program_use(hextileprogram);
+    uniform_i32(hextileprogram, "tn", tn);
+    GLint alphabits = 0;
+    glGetIntegerv(GL_ALPHA_BITS, &alphabits);
+    if (alphabits == 0) {
+        *static_cast<bool*>(alphalost) = true;
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ZERO);
+    }
+    glColor3f(1, 1, 1);
+    glBegin(GL_QUADS);
+    emittilecorner(0, 0, 0, 1);
+    emittilecorner(width, 0, 1, 1);
+    emittilecorner(width, height, 1, 0);
+    emittilecorner(0, height, 0, 0);
+    glEnd();
+    glDisable(GL_BLEND);
+    program_use(0);
+}
+
+// Makes white of a texture's colour, and alpha of what was its brightness.
+static void alphafromcolour(GLuint name)
+{
+    const size_t bytes = static_cast<size_t>(GANTRY_TEXSIZE) * GANTRY_TEXSIZE * 4;
+    u8* const image = static_cast<u8*>(std::malloc(bytes));
+    glBindTexture(GL_TEXTURE_2D, name);
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, image);
+    for (size_t i = 0; i < bytes; i += 4) {
+        image[i + 3] = image[i];
+        image[i] = 255;
+        image[i + 1] = 255;
+        image[i + 2] = 255;
+    }
+    tex_upload(GL_TEXTURE_2D, 4, GANTRY_TEXSIZE, GANTRY_TEXSIZE, image);
+    std::free(image);
+}
+
+static GLuint maketile(i32 tn)
+{
+    bool alphalost = false;
+    const GLuint name =
+        tex_from_drawing(drawhextile, tn, &alphalost, GANTRY_TEXSIZE, GANTRY_TEXSIZE);
+    if (alphalost && tn == 0) {
+        alphafromcolour(name);
+    }
+    return name;
+}
+
+static void maketextures()
+{
+    if (gantry_tex == 0) {
+        gantry_tex = maketile(0);
+    }
+    if (gantry_tnorm == 0) {
+        gantry_tnorm = maketile(1);
+    }
+}
+
+// Units above the first need an OpenGL that can make programs too.
+static void bindtextures()
+{
+    if (shaders_can()) {
+        gl_entry_points.ActiveTexture(GL_TEXTURE1);
+        glBindTexture(GL_TEXTURE_2D, gantry_tnorm);
+        gl_entry_points.ActiveTexture(GL_TEXTURE0);
+    }
+    glBindTexture(GL_TEXTURE_2D, gantry_tex);
+}
+
+// -------- the lists
+
+static void setcolour(u32 colour)
+{
+    f32 channels[3];
+    colour_channels(colour, channels);
+    glColor3fv(channels);
+}
+
+// False for a place that single precision can't hold.
+static bool isplace(const f64 pos[3])
+{
+    return std::isfinite(static_cast<f32>(pos[0])) && std::isfinite(static_cast<f32>(pos[1])) &&
+           std::isfinite(static_cast<f32>(pos[2]));
+}
+
+static void emitplate(const GantryPlate* plate, void* /*to*/)
+{
+    for (i32 i = plate->ncorners - 1; i >= 0; i--) {
+        if (!isplace(plate->corners[i].pos)) {
+            return;
+        }
+    }
+    setcolour(plate->colour);
+    glNormal3f(static_cast<f32>(plate->normal[0]), static_cast<f32>(plate->normal[1]),
+               static_cast<f32>(plate->normal[2]));
+    for (i32 i = 0; i < plate->ncorners; i++) { // around the plate, against the clock
+        const GantryCorner* const corner = &plate->corners[i];
+        glTexCoord3f(static_cast<f32>(corner->tex[0]), static_cast<f32>(corner->tex[1]),
+                     static_cast<f32>(plate->angle));
+        glVertex3f(static_cast<f32>(corner->pos[0]), static_cast<f32>(corner->pos[1]),
+                   static_cast<f32>(corner->pos[2]));
+    }
+}
+
+static void emitbar(const GantryBar* bar, void* /*to*/)
+{
+    impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
+}
+
+static void emitball(const GantryBall* ball, void* /*to*/)
+{
+    impostor_sphere(ball->colour, ball->centre, ball->radius);
+}
+
+void gantry_walkways(Maze* maze)
+{
+    glBegin(GL_QUADS);
+    gantry_eachwalkway(maze, emitplate, nullptr);
+    glEnd();
+    glBegin(GL_TRIANGLES);
+    gantry_eachtriangle(maze, emitplate, nullptr);
+    glEnd();
+}
+
+void gantry_railings(Maze* maze)
+{
+    impostors_begin();
+    gantry_eachbar(maze, emitbar, nullptr);
+    impostors_end();
+}
+
+void gantry_railballs(Maze* maze)
+{
+    impostors_begin();
+    gantry_eachball(maze, emitball, nullptr);
+    impostors_end();
+}
+
+// -------- the plot
+
+static void begin(GLuint program, const f64 lamp[3], bool lit, const LightRec* light)
+{
+    program_use(program);
+    projection_set(program);
+    lamp_set(program, lamp, lit);
+    lights_set(program, light);
+}
+
+static void beginplates(const f64 lamp[3], bool lit, const LightRec* light)
+{
+    if (plateprogram == 0) {
+        plateprogram = program_make_lists(platevertex, 1, platefragment, 2);
+    }
+    begin(plateprogram, lamp, lit, light);
+    uniform_i32(plateprogram, "tex", 0);
+    uniform_i32(plateprogram, "tnorm", 1);
+    bindtextures();
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
+{
+    maketextures();
+    f64 lamp[3];
+    MazeGame_viewpos(lamp, game);
+    lamp[2] += 1.0; // above the walker
+    beginplates(lamp, lit, light);
+    Maze_calllist(root, "gantrylist", gantry_walkways, true, nullptr);
+    program_use(0);
+    glDisable(GL_BLEND);
+    begin(cylinder_program(), lamp, lit, light);
+    Maze_calllist(root, "gantrylist_railings", gantry_railings, true, nullptr);
+    program_use(0);
+    begin(sphere_program(), lamp, lit, light);
+    Maze_calllist(root, "gantrylist_railballs", gantry_railballs, true, nullptr);
+    program_use(0);
+}

@@ -1,0 +1,71 @@
+// What the gantries of a level consist of: a perforated plate over each flat edge, railings along both
+// its sides, a ladder on each steep edge, and at each junction a plate and posts. Geometry alone; nothing
+// here draws.
+//
+// Nodes that hold a submaze make nothing. The others come last first, and so do the exits of each. An
+// edge between two nodes of a level, or between two mazes of one level, is handled from both of its
+// ends; one from a level into a maze inside it from above only. Plates and railings of an exit whose
+// target doesn't lead back are left out.
+//
+// Lengths are maze units and don't follow the radii of the nodes: a gantry is made for walkers of one
+// size. Colours are 0xRRGGBB as they are drawn. Missing tables of exits are built and attached (pos.h),
+// for neighbouring levels too. Nothing here draws random numbers.
+#pragma once
+
+#include "model/maze.h"
+
+inline constexpr f64 GANTRY_BARRADIUS = 0.025; // bars, posts, and the rails of ladders
+inline constexpr f64 GANTRY_RUNGRADIUS = 0.015;
+inline constexpr f64 GANTRY_BALLRADIUS = 0.035;
+inline constexpr f64 GANTRY_HEIGHT = 1.0;     // of posts and of the upper bar; the other is at half
+inline constexpr f64 GANTRY_HALFLADDER = 0.2; // from the middle of a ladder to a rail
+inline constexpr f64 GANTRY_REPEATS = 20.0;   // of the plate's texture, per unit of length
+
+/// The most rungs or spans that one edge is cut into; an edge of tens of thousands of units has them
+/// further apart.
+enum { GANTRY_MAXPARTS = 100000 };
+
+struct GantryCorner {
+    f64 pos[3];
+    f64 tex[2];
+};
+
+/// A piece of floor: a walkway of four corners, or a triangle of three.
+struct GantryPlate {
+    u32 colour;
+    i32 ncorners;
+    f64 normal[3]; // upward
+    f64 angle; // of the texture's first axis, in the plane of the normal's two smaller components
+    GantryCorner corners[4];
+};
+
+struct GantryBar {
+    u32 colour;
+    f64 start[3];
+    f64 axis[3]; // from the start to the end
+    f64 radius;
+};
+
+struct GantryBall {
+    u32 colour;
+    f64 centre[3];
+    f64 radius;
+};
+
+// Receive one part each, lent for the call; `to` is the caller's.
+using GantryTakePlate = void (*)(const GantryPlate* plate, void* to);
+using GantryTakeBar = void (*)(const GantryBar* bar, void* to);
+using GantryTakeBall = void (*)(const GantryBall* ball, void* to);
+
+/// The walkways of a level, one for each flat exit. Both plates of an edge that is handled from both
+/// ends have the texture of the lower end's, so that holes lie over holes.
+void gantry_eachwalkway(Maze* maze, GantryTakePlate take, void* to);
+
+/// The triangles that close the middle of junctions of three flat exits and more.
+void gantry_eachtriangle(Maze* maze, GantryTakePlate take, void* to);
+
+/// Ladders, railings and posts: of each node the parts of its exits, then its own.
+void gantry_eachbar(Maze* maze, GantryTakeBar take, void* to);
+
+/// The tops of posts and the ends of ladders: of each node its own, then those of its exits.
+void gantry_eachball(Maze* maze, GantryTakeBall take, void* to);

@@ -1,0 +1,36 @@
+// A lit sphere.
+uniform mat4 proj; // the projection
+varying vec3 ex;
+varying float r;
+varying vec3 epos;
+
+float depthof(float z)
+{
+    float d = (proj[2][2] + proj[3][2] / z) / proj[2][3];
+    return clamp((gl_DepthRange.diff * d + gl_DepthRange.near + gl_DepthRange.far) * 0.5, 0.0, 1.0);
+}
+
+void main()
+{
+    // All is reckoned from the quad's point back toward the eye, in lengths of the size of the sphere:
+    // sums of squared distances from the eye would lose a small sphere far away.
+    vec3 q = epos - ex;
+    float a = dot(epos, epos);
+    float nearest = dot(q, epos) / a;
+    vec3 h = q - nearest * epos;
+    float c = r * r - dot(h, h);
+    if (c < 0.0) {
+        discard;
+    }
+    float back = nearest + sqrt(c / a);
+    vec3 ecpos = epos - back * epos;
+    if (back >= 1.0 || proj[3][2] + (proj[2][2] - proj[2][3]) * ecpos.z > 0.0) {
+        discard; // behind the eye, or beyond the far plane
+    }
+    vec3 n = normalize(q - back * epos);
+    vec3 norm = n * mat3(gl_ModelViewMatrix);
+    vec3 pos = (ecpos - gl_ModelViewMatrix[3].xyz) * mat3(gl_ModelViewMatrix);
+    vec4 col = gl_Color * vec4(lighting(norm, pos), 1.0);
+    gl_FragDepth = depthof(ecpos.z);
+    gl_FragColor = fog(col, ecpos.z);
+}
