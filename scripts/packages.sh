@@ -6,8 +6,8 @@ packages_build=(g++ cmake ninja-build pkg-config libsdl2-dev libegl-dev libgl-de
     libpng-dev libgl1-mesa-dri libegl-mesa0 x11-utils)
 # What the tests take beyond that. The layout of the sources is checked as version 14 sees it.
 packages_test=(libgtest-dev libbenchmark-dev 'clang-format-14|clang-format' 'clang-tidy-14|clang-tidy'
-    clang 'libclang-rt-dev|libclang-rt-14-dev' shellcheck glslang-tools xvfb openbox xdotool wmctrl
-    x11-xkb-utils strace util-linux mount)
+    clang 'libclang-rt-dev|libclang-rt-14-dev' shellcheck glslang-tools xvfb xserver-xorg-video-dummy
+    x11-xserver-utils openbox xdotool wmctrl x11-xkb-utils strace util-linux mount)
 
 package_installed() {
     [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
@@ -58,8 +58,8 @@ packages_elsewhere() {
         pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
     done
     if [ "$1" = test ]; then
-        for name in clang++ clang-format clang-tidy shellcheck glslangValidator Xvfb openbox xdotool wmctrl \
-            setxkbmap strace unshare setpriv mount; do
+        for name in clang++ clang-format clang-tidy shellcheck glslangValidator Xvfb Xorg xrandr openbox xdotool \
+            wmctrl setxkbmap strace unshare setpriv mount; do
             command -v "$name" >/dev/null || lacking+=("$name")
         done
         for name in gtest benchmark; do

@@ -129,10 +129,14 @@ static std::string make_folder()
     return path;
 }
 
-Desktop::Desktop(bool managed) : place(make_folder())
+Desktop::Desktop(bool managed, Screens screens) : place(make_folder())
 {
-    find_tools();
-    start_server();
+    find_tools(screens);
+    if (screens == TWO_SCREENS) {
+        start_two_screens();
+    } else {
+        start_one_screen();
+    }
     if (managed) {
         start_manager();
     }
@@ -151,9 +155,14 @@ void Desktop::signal_server(int number) const
     kill(server, number);
 }
 
-void Desktop::find_tools() const
+void Desktop::find_tools(Screens screens) const
 {
-    for (const char* const tool : {"Xvfb", "openbox", "xdotool", "wmctrl", "setxkbmap"}) {
+    std::vector<const char*> tools = {"Xvfb",   "openbox",  "xdotool",
+                                      "wmctrl", "xwininfo", "setxkbmap"};
+    if (screens == TWO_SCREENS) {
+        tools = {"Xorg", "xrandr", "openbox", "xdotool", "wmctrl", "xwininfo"};
+    }
+    for (const char* const tool : tools) {
         if (!tried(std::string("command -v ") + tool)) {
             throw std::runtime_error(std::string(tool) + " is not installed, and no window test "
                                                          "can run without it");
@@ -161,19 +170,20 @@ void Desktop::find_tools() const
     }
 }
 
-void Desktop::start_server()
+// Starts an X server. It tells the number of its display once it can be used.
+void Desktop::start_server(const std::vector<std::string>& words)
 {
     std::array<int, 2> ends = {};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe could be made");
     }
-    const std::string size =
-        std::to_string(screen.width) + "x" + std::to_string(screen.height) + "x24";
-    server = spawn({.words = {"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", size,
-                              "-nolisten", "tcp", "-noreset", "-fbdir", place},
+    std::vector<std::string> all = {words[0],    "-displayfd", std::to_string(ends[1]),
+                                    "-nolisten", "tcp",        "-noreset"};
+    all.insert(all.end(), words.begin() + 1, words.end());
+    server = spawn({.words = all,
                     .folder = place,
-                    .out = place + "/xvfb.out",
-                    .err = place + "/xvfb.err",
+                    .out = place + "/server.out",
+                    .err = place + "/server.err",
                     .passed_fd = ends[1]});
     close(ends[1]);
     std::string number;
@@ -188,9 +198,41 @@ void Desktop::start_server()
     }
     close(ends[0]);
     if (number.find('\n') == std::string::npos) {
-        throw std::runtime_error("Xvfb did not start: " + file_text(place + "/xvfb.err"));
+        throw std::runtime_error(words[0] + " did not start: " + file_text(place + "/server.err"));
     }
     name = ":" + number.substr(0, number.find('\n'));
+}
+
+void Desktop::start_one_screen()
+{
+    const std::string size =
+        std::to_string(screen.width) + "x" + std::to_string(screen.height) + "x24";
+    start_server({"Xvfb", "-screen", "0", size, "-fbdir", place});
+}
+
+static const char* const two_screens = "Section \"Device\"\n"
+                                       "    Identifier \"outputs\"\n"
+                                       "    Driver \"dummy\"\n"
+                                       "EndSection\n"
+                                       "Section \"Screen\"\n"
+                                       "    Identifier \"screens\"\n"
+                                       "    Device \"outputs\"\n"
+                                       "    DefaultDepth 24\n"
+                                       "EndSection\n"
+                                       "Section \"ServerFlags\"\n"
+                                       "    Option \"AutoAddDevices\" \"false\"\n"
+                                       "    Option \"AutoAddGPU\" \"false\"\n"
+                                       "EndSection\n";
+
+void Desktop::start_two_screens()
+{
+    std::ofstream(place + "/xorg.conf") << two_screens;
+    start_server({"Xorg", "-config", place + "/xorg.conf", "-logfile", place + "/xorg.log",
+                  "-novtswitch", "-sharevts"});
+    run("xrandr --addmode DUMMY1 640x480");
+    run("xrandr --output DUMMY0 --primary --mode 800x600 --pos 0x0 "
+        "--output DUMMY1 --mode 640x480 --pos 800x60");
+    run("xrandr --query"); // only now the server knows that the second one is connected
 }
 
 void Desktop::start_manager()
@@ -235,20 +277,39 @@ bool Desktop::tried(const std::string& command) const
     return gather(name, command, &out) == 0;
 }
 
-// The value of a line NAME=VALUE.
+// The number behind a name and a colon.
 static int value_of(const std::string& text, const std::string& name)
 {
-    const size_t at = ("\n" + text).find("\n" + name + "=");
+    const size_t at = text.find(name + ":");
     if (at == std::string::npos) {
         throw std::runtime_error("no " + name + " in " + text);
     }
     return std::stoi(text.substr(at + name.size() + 1));
 }
 
+// What is known of a window's client area.
+static std::string client_text(const Desktop& desktop, const std::string& window)
+{
+    return desktop.run("xwininfo -id " + window);
+}
+
 Size Desktop::client_size(const std::string& window) const
 {
-    const std::string text = run("xdotool getwindowgeometry --shell " + window);
-    return {value_of(text, "WIDTH"), value_of(text, "HEIGHT")};
+    const std::string text = client_text(*this, window);
+    return {value_of(text, "Width"), value_of(text, "Height")};
+}
+
+std::string Desktop::client_place(const std::string& window) const
+{
+    const std::string text = client_text(*this, window);
+    const auto number = [&](const char* what) { return std::to_string(value_of(text, what)); };
+    return number("Width") + "x" + number("Height") + " at " + number("Absolute upper-left X") +
+           "," + number("Absolute upper-left Y");
+}
+
+int Desktop::frame_top(const std::string& window) const
+{
+    return value_of(run("xwininfo -frame -id " + window), "Absolute upper-left Y");
 }
 
 // A field of the screen file's heading, which is big-endian.
@@ -264,10 +325,10 @@ static std::uint32_t heading(const std::string& file, size_t index)
 std::vector<std::uint32_t> Desktop::pixels(const std::string& window) const
 {
     enum { HEADER_SIZE = 0, WIDTH = 4, HEIGHT = 5, PIXEL_BITS = 11, LINE_BYTES = 12, COLOURS = 19 };
-    const std::string place_text = run("xdotool getwindowgeometry --shell " + window);
-    const int left = value_of(place_text, "X");
-    const int top = value_of(place_text, "Y");
-    const Size size = client_size(window);
+    const std::string text = client_text(*this, window);
+    const int left = value_of(text, "Absolute upper-left X");
+    const int top = value_of(text, "Absolute upper-left Y");
+    const Size size = {value_of(text, "Width"), value_of(text, "Height")};
     const std::string file = file_text(place + "/Xvfb_screen0");
     if (heading(file, PIXEL_BITS) != 32) {
         throw std::runtime_error("the screen has no 32 bits a pixel");

@@ -37,11 +37,16 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
+/// What a desktop is shown on. ONE_SCREEN is Desktop::screen. TWO_SCREENS, of an X server with a driver
+/// that has outputs without hardware, are 800x600 at the corner and 640x480 at 800,60; what stands on
+/// them can't be read.
+enum Screens { ONE_SCREEN, TWO_SCREENS };
+
 class Desktop
 {
   public:
     /// Without a window manager windows have no frame, and are given no keys.
-    explicit Desktop(bool managed = true);
+    explicit Desktop(bool managed = true, Screens screens = ONE_SCREEN);
     ~Desktop();
     Desktop(const Desktop&) = delete;
     Desktop& operator=(const Desktop&) = delete;
@@ -56,6 +61,10 @@ class Desktop
     /// How many different colours a window shows.
     size_t colours(const std::string& window) const;
     Size client_size(const std::string& window) const;
+    /// Size and place of a window's client area, as "WxH at X,Y".
+    std::string client_place(const std::string& window) const;
+    /// The row of the screen at which a window begins, with its frame.
+    int frame_top(const std::string& window) const;
     /// Sends the server a signal; SIGKILL takes the display from all that are shown on it.
     void signal_server(int number) const;
 
@@ -70,8 +79,10 @@ class Desktop
     }
 
   private:
-    void find_tools() const;
-    void start_server();
+    void find_tools(Screens screens) const;
+    void start_server(const std::vector<std::string>& words);
+    void start_one_screen();
+    void start_two_screens();
     void start_manager();
 
     std::string place; // a folder of its own, removed at the end

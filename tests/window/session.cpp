@@ -57,18 +57,23 @@ void Session::wait_for_window()
     id = found.substr(0, found.find('\n'));
 }
 
-void Session::start()
+void Session::wait_for_keys() const
 {
-    wait_for_window();
-    if (!wait_until(30, [this] { return desktop.colours(id) > 8; })) {
-        throw std::runtime_error("the window stays empty: " + printed() + errors());
-    }
     if (!wait_until(10, [this] {
             const std::string focus = desktop.run("xdotool getwindowfocus || true");
             return focus.substr(0, focus.find('\n')) == id;
         })) {
         throw std::runtime_error("the window does not take the keys");
     }
+}
+
+void Session::start()
+{
+    wait_for_window();
+    if (!wait_until(30, [this] { return desktop.colours(id) > 8; })) {
+        throw std::runtime_error("the window stays empty: " + printed() + errors());
+    }
+    wait_for_keys();
     desktop.run("xdotool mousemove_relative 3 2 sleep 0.05 mousemove_relative -- -3 -2 sleep 0.05");
 }
 

@@ -20,6 +20,8 @@ class Session
 
     /// Waits for the window alone, which throws unless it comes.
     void wait_for_window();
+    /// Waits until the window is given the keys.
+    void wait_for_keys() const;
     /// Waits for the window, its first picture, and moves the pointer a little over it.
     void start();
 
@@ -92,6 +94,9 @@ StartSeed seed_with_an_exit_upward();
 class WindowTest : public testing::Test
 {
   protected:
+    explicit WindowTest(Screens screens = ONE_SCREEN) : desktop(true, screens)
+    {
+    }
     void SetUp() override;
 
     void settings(const std::string& text) const; // writes config.txt
