@@ -78,6 +78,22 @@ GL_COUNTED(void, glDepthMask, (GLboolean on), (on), )
 GL_COUNTED(void, glHint, (GLenum what, GLenum how), (what, how), )
 GL_COUNTED(void, glPointSize, (GLfloat size), (size), )
 GL_COUNTED(void, glLineWidth, (GLfloat width), (width), )
+GL_COUNTED(void, glNormal3fv, (const GLfloat* v), (v), {
+    gl_count.now.normal[0] = v[0];
+    gl_count.now.normal[1] = v[1];
+    gl_count.now.normal[2] = v[2];
+})
+GL_COUNTED(void, glLightfv, (GLenum light, GLenum what, const GLfloat* v), (light, what, v), )
+GL_COUNTED(void, glGenTextures, (GLsizei n, GLuint* names), (n, names), )
+GL_COUNTED(void, glTexParameteri, (GLenum target, GLenum what, GLint value),
+           (target, what, value), )
+GL_COUNTED(void, glTexImage2D,
+           (GLenum target, GLint level, GLint form, GLsizei width, GLsizei height, GLint border,
+            GLenum pixels, GLenum type, const void* data),
+           (target, level, form, width, height, border, pixels, type, data), )
+GL_COUNTED(void, glGetTexImage,
+           (GLenum target, GLint level, GLenum pixels, GLenum type, void* data),
+           (target, level, pixels, type, data), )
 GL_COUNTED(void, glCallList, (GLuint list), (list), )
 GL_COUNTED(void, glNewList, (GLuint list, GLenum mode), (list, mode), )
 GL_COUNTED(void, glEndList, (), (), )

@@ -96,25 +96,67 @@ TEST(scene_plot, takes_the_far_slice_from_1000_to_ten_million)
     EXPECT_EQ(ViewRec_sphereout(&world.game.view, far_thing, 100, world.game.view.pixelsize), 0);
 }
 
-TEST(scene_draw, draws_the_discs_whatever_the_switches_say)
+// A small maze before the camera, with a name, and the picture of it.
+static Picture picture_of_maze()
 {
     open_small();
     World world;
-    world.node(0, 0, -10, 2);
-    const Picture before = world.draw();
-    plot_type = 2;
+    const i32 a = world.node(-3, 0, -10, 1);
+    const i32 b = world.node(3, 0, -10, 1);
+    const i32 c = world.node(0, 3, -12, 1);
+    Maze_join(world.root, a, b);
+    Maze_join(world.root, b, c);
+    world.game.pos.node = a;
+    return world.draw();
+}
+
+static Picture picture_switched(i32* value, i32 to)
+{
+    const i32 before = *value;
+    *value = to;
+    const Picture picture = picture_of_maze();
+    *value = before;
+    return picture;
+}
+
+TEST(scene_draw, has_a_picture_for_each_style)
+{
+    const Picture discs = picture_of_maze();
+    const Picture gantries = picture_switched(&plot_type, 1);
+    const Picture balls = picture_switched(&plot_type, 2);
+    EXPECT_GT(discs.painted(), 500);
+    EXPECT_NE(discs.bytes, gantries.bytes);
+    EXPECT_NE(discs.bytes, balls.bytes);
+    EXPECT_NE(gantries.bytes, balls.bytes);
+}
+
+TEST(scene_draw, shows_the_map_of_cells_whatever_the_style)
+{
+    const Picture discs = picture_of_maze();
     voronoi_on = 1;
-    landscape_on = 1;
-    light_on = 1;
-    grid_on = 1;
-    const Picture after = world.draw();
-    plot_type = 0;
+    const Picture cells = picture_of_maze();
+    const Picture same = picture_switched(&plot_type, 1);
     voronoi_on = 0;
-    landscape_on = 0;
-    light_on = 0;
-    grid_on = 0;
-    EXPECT_EQ(before.bytes, after.bytes);
-    EXPECT_GT(before.painted(), 1000);
+    EXPECT_NE(discs.bytes, cells.bytes);
+    EXPECT_EQ(cells.bytes, same.bytes);
+}
+
+TEST(scene_draw, shows_landscape_and_grid_where_they_are_switched_on)
+{
+    const Picture plain = picture_of_maze();
+    EXPECT_NE(plain.bytes, picture_switched(&landscape_on, 1).bytes);
+    EXPECT_NE(plain.bytes, picture_switched(&grid_on, 1).bytes);
+}
+
+TEST(scene_draw, lights_what_is_lit_and_nothing_else_with_the_lamp)
+{
+    const Picture discs = picture_of_maze();
+    EXPECT_EQ(discs.bytes, picture_switched(&light_on, 1).bytes);
+    plot_type = 2;
+    const Picture dim = picture_of_maze();
+    const Picture lit = picture_switched(&light_on, 1);
+    plot_type = 0;
+    EXPECT_NE(dim.bytes, lit.bytes);
 }
 
 TEST(scene_draw, paints_the_near_slice_over_the_far_one)

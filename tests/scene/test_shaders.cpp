@@ -14,6 +14,22 @@ extern const char glsl_band_vs[];
 extern const char glsl_band_fs[];
 extern const char glsl_flatball_vs[];
 extern const char glsl_flatball_fs[];
+extern const char glsl_lighting[];
+extern const char glsl_sphere_vs[];
+extern const char glsl_sphere_fs[];
+extern const char glsl_sphere_unlit_fs[];
+extern const char glsl_cylinder_vs[];
+extern const char glsl_cylinder_fs[];
+extern const char glsl_plate_vs[];
+extern const char glsl_plate_fs[];
+extern const char glsl_hextile_fs[];
+extern const char glsl_waves[];
+extern const char glsl_sea_fs[];
+extern const char glsl_bed[];
+extern const char glsl_bed_fs[];
+extern const char glsl_mesh_vs[];
+extern const char glsl_sky_fs[];
+extern const char glsl_clouds_fs[];
 
 // What each program is made of, stage by stage; a stage without texts is the fixed pipeline's.
 struct ProgramTexts {
@@ -24,21 +40,38 @@ struct ProgramTexts {
 static const ProgramTexts program_texts[] = {
     {"sphere sticks", {glsl_agecolour, glsl_band_vs}, {glsl_band_fs}},
     {"sphere balls", {glsl_agecolour, glsl_disc_vs}, {glsl_disc_fs}},
+    {"lit sphere", {glsl_sphere_vs}, {glsl_lighting, glsl_sphere_fs}},
+    {"unlit sphere", {glsl_sphere_vs}, {glsl_lighting, glsl_sphere_unlit_fs}},
+    {"lit cylinder", {glsl_cylinder_vs}, {glsl_lighting, glsl_cylinder_fs}},
+    {"plate", {glsl_plate_vs}, {glsl_lighting, glsl_plate_fs}},
+    {"sea", {glsl_waves, glsl_mesh_vs}, {glsl_lighting, glsl_waves, glsl_sea_fs}},
+    {"seabed", {glsl_bed, glsl_mesh_vs}, {glsl_lighting, glsl_bed, glsl_bed_fs}},
     {"flat ball", {glsl_flatball_vs}, {glsl_flatball_fs}},
+    {"sky", {}, {glsl_sky_fs}},
+    {"clouds", {}, {glsl_clouds_fs}},
+    {"hex tile", {}, {glsl_hextile_fs}},
 };
 
-// Draws with every switch, so that every program is made; the texts are those that the driver got.
+// Draws in every style, so that every program is made; the texts are those that the driver got.
 static void make_programs()
 {
     picture_open();
+    gfx_resize(32, 24);
     World world;
     const i32 near = world.node(0, 0, -5, 1);
     const i32 far = world.node(10, 0, -5, 1);
     Maze_join(world.root, near, far);
+    light_on = 1;
+    for (plot_type = 2; plot_type > 0; plot_type--) {
+        world.draw();
+    }
+    landscape_on = 1;
     world.draw();
     key_now['J'] = 0x80;
     world.draw();
     key_now['J'] = 0;
+    landscape_on = 0;
+    light_on = 0;
 }
 
 static std::multiset<std::string> expected_texts()
