@@ -36,12 +36,15 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
 GL_COUNTED(void, glBegin, (GLenum kind), (kind), gl_count.openbatches++)
 GL_COUNTED(void, glEnd, (), (), gl_count.openbatches--)
 GL_COUNTED(void, glVertex2f, (GLfloat x, GLfloat y), (x, y), notevertex(x, y, 0, 1))
+GL_COUNTED(void, glVertex3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), notevertex(x, y, z, 1))
 GL_COUNTED(void, glVertex4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            notevertex(x, y, z, w))
 GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], 1))
 GL_COUNTED(void, glColor4fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], v[3]))
+GL_COUNTED(void, glColor4ub, (GLubyte r, GLubyte g, GLubyte b, GLubyte a), (r, g, b, a),
+           note(gl_count.now.colour, r / 255.0F, g / 255.0F, b / 255.0F, a / 255.0F))
 GL_COUNTED(void, glTexCoord2f, (GLfloat x, GLfloat y), (x, y), note(gl_count.now.tex, x, y, 0, 1))
 GL_COUNTED(void, glTexCoord4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            note(gl_count.now.tex, x, y, z, w))
