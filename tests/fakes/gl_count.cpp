@@ -41,6 +41,7 @@ static f32 single(f64 x)
 GL_COUNTED(void, glBegin, (GLenum kind), (kind), gl_count.openbatches++)
 GL_COUNTED(void, glEnd, (), (), gl_count.openbatches--)
 GL_COUNTED(void, glVertex2f, (GLfloat x, GLfloat y), (x, y), notevertex(x, y, 0, 1))
+GL_COUNTED(void, glVertex3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), notevertex(x, y, z, 1))
 GL_COUNTED(void, glVertex4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            notevertex(x, y, z, w))
 GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
