@@ -22,7 +22,8 @@ struct FramebufferCalls {
 static FramebufferCalls calls; // written by findcalls, at the first picture
 
 // The picture that is being drawn. Written by offscreen_begin and offscreen_end.
-static GLuint framebuffer; // 0: the back buffer is drawn into
+static GLuint framebuffer; // 0: the picture is drawn into what was current
+static GLint framebuffer_before;
 static GLuint renderbuffers[2];
 static i32 picture_width, picture_height;
 static i32 window_width, window_height;
@@ -66,7 +67,7 @@ static void addrenderbuffer(GLuint name, GLenum format, GLenum attachment)
 
 static void deleteframebuffer()
 {
-    calls.BindFramebuffer(GL_FRAMEBUFFER, 0);
+    calls.BindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(framebuffer_before));
     calls.DeleteFramebuffers(1, &framebuffer);
     calls.DeleteRenderbuffers(2, renderbuffers);
     framebuffer = 0;
@@ -75,6 +76,12 @@ static void deleteframebuffer()
 // False if the driver refuses this size.
 static bool makeframebuffer()
 {
+    GLint most = 0;
+    glGetIntegerv(GL_MAX_RENDERBUFFER_SIZE, &most);
+    if (picture_width > most || picture_height > most) {
+        return false;
+    }
+    glGetIntegerv(GL_FRAMEBUFFER_BINDING, &framebuffer_before);
     calls.GenFramebuffers(1, &framebuffer);
     calls.BindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     calls.GenRenderbuffers(2, renderbuffers);
@@ -88,8 +95,12 @@ static bool makeframebuffer()
     return false;
 }
 
+// What is drawn may have changed the masks, which clearing heeds, and the colour.
 static void clearpicture(i32 bottom)
 {
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+    glDepthMask(GL_TRUE);
+    glClearColor(0, 0, 0, 0);
     glScissor(0, bottom, picture_width, picture_height);
     glEnable(GL_SCISSOR_TEST);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -102,9 +113,9 @@ void offscreen_begin(i32 width, i32 height, i32* bottom)
     picture_height = height;
     window_width = gfx_width;
     window_height = gfx_height;
-    glPushAttrib(GL_VIEWPORT_BIT | GL_POLYGON_BIT | GL_SCISSOR_BIT | GL_COLOR_BUFFER_BIT);
+    glPushAttrib(GL_VIEWPORT_BIT | GL_POLYGON_BIT | GL_SCISSOR_BIT | GL_COLOR_BUFFER_BIT |
+                 GL_DEPTH_BUFFER_BIT);
     glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-    glClearColor(0, 0, 0, 0);
     *bottom = gfx_height - height;
     if (framebuffersthere() && makeframebuffer()) {
         gfx_width = width;

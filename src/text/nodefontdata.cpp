@@ -1,10 +1,10 @@
 // The glyphs of the one typeface, a row each, and the bytes that they come to.
 //
 // A row lists its nodes as x,y in 1/32 of the letter height, those with a rounded corner in brackets,
-// and its edges as pairs of node numbers, counted from 0. A node alone is a square dot. Nothing closes
-// the end of a stroke at a rounded node, so ends are sharp. A rounded node with three neighbours bends
-// from each into the next: so 3, 8 and B get their waists. Where a stroke only touches another one
-// between its ends there need not be a node.
+// and its edges as pairs of node numbers, counted from 0. A node alone is a square dot. At a rounded
+// node a stroke would end in a half disc and a corner radius too early, so ends are sharp. A rounded
+// node with three neighbours bends from each into the next: so 3, 8 and B get their waists. Where a
+// stroke only touches another one between its ends there need not be a node.
 //
 // In the rows of a to z the height 16 is the x-height and -16 the bottom of a descender; shaping moves
 // both to their places. The other glyphs stay above -12, so that the descenders are lowest, and the

@@ -186,8 +186,9 @@ static void drawparts(const Atlas* atlas)
 
 static void makeatlas(const Atlas* atlas)
 {
-    glPushAttrib(GL_ENABLE_BIT | GL_CURRENT_BIT | GL_LIGHTING_BIT | GL_DEPTH_BUFFER_BIT |
-                 GL_TEXTURE_BIT);
+    f32 colour[4]; // a driver has been seen to keep the new one when the attributes are restored
+    glGetFloatv(GL_CURRENT_COLOR, colour);
+    glPushAttrib(GL_ENABLE_BIT | GL_LIGHTING_BIT | GL_TEXTURE_BIT);
     glDisable(GL_LIGHTING);
     glDisable(GL_FOG);
     glDisable(GL_CULL_FACE);
@@ -198,6 +199,7 @@ static void makeatlas(const Atlas* atlas)
     drawparts(atlas);
     tex_make_mipmaps_plainly(GL_TEXTURE_2D); // at start-up, when the driver's way takes longest
     glPopAttrib();
+    glColor4fv(colour);
 }
 
 static u32 widest(const Font* font)

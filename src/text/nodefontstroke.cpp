@@ -239,7 +239,7 @@ static Outline cliphalf(const Outline* outline, Point at, Point axis, f32 reach)
     return kept;
 }
 
-// The outside of a sharp corner between two neighbours at a1 and a2. Both ends of the outline lie
+// The outside of a sharp corner, from the neighbour at a1 by twice `half` to the next one. Both ends lie
 // within the square that it is clipped to.
 static void drawmitre(const Pen* pen, Point at, f32 a1, f32 half)
 {

@@ -263,7 +263,7 @@ TEST(nodefont_data, has_lone_nodes_only_where_a_sign_has_dots)
     EXPECT_EQ(dotted, "!.0::;?ij");
 }
 
-// Nothing is drawn at a rounded node with one neighbour, so a stroke would end short of it.
+// At a rounded node with one neighbour a stroke ends a corner radius short of it.
 TEST(nodefont_data, ends_every_stroke_at_a_sharp_node)
 {
     const CharSet set = font();
