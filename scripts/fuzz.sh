@@ -31,5 +31,5 @@ run_fuzzer() {
 export -f run_fuzzer
 export work findings seconds
 
-printf '%s\n' 'savefile 8192' 'config 2048' |
+printf '%s\n' 'savefile 8192' 'config 2048' 'text 1024' |
     xargs -P "$(nproc)" -I '{}' bash -c 'set -euo pipefail; run_fuzzer {}'

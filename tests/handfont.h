@@ -28,14 +28,15 @@ struct FontTable {
     Font* base(const char* name, u32 texture = 0, u32 width = 26) const
     {
         Font* const font = static_cast<Font*>(std::calloc(1, sizeof(Font)));
+        const auto setwidth = [font](u8 c, u32 pixels) { font->cellw[c] = pixels; };
         for (u32 c = 0; c < FONT_CODES; c++) {
             font->cellx[c] = c;
             font->celly[c] = 2 * c % 256;
             font->cellw[c] = c < 256 ? width : 0;
         }
-        font->cellw['C'] = 31;
-        font->cellw['i'] = 16;
-        font->cellw[' '] = 10;
+        setwidth('C', 31);
+        setwidth('i', 16);
+        setwidth(' ', 10);
         font->texture = texture;
         font->texw = 512;
         font->texh = 256;

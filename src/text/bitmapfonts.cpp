@@ -115,7 +115,7 @@ static void measurecells(Font* font)
     for (i32 i = FONT_CODES - 1; i >= 0; i--) {
         font->maxw = font->cellw[i] > font->maxw ? font->cellw[i] : font->maxw;
     }
-    font->fixedw = font->cellw['C'] + 1;
+    font->fixedw = font->cellw[FONT_FIXEDLETTER] + 1;
 }
 
 // The size of the texture comes with the copy.

@@ -9,7 +9,7 @@
 #include "base/growarray.h"
 #include "base/types.h"
 
-enum { FONT_CODES = 512, FONT_BASEMARK = 512 };
+enum { FONT_CODES = 512, FONT_BASEMARK = 512, FONT_FIXEDLETTER = 'C' };
 
 /// Greatest magnitude that an option of a description gives a scale, skew or boldness.
 static constexpr f64 FONTSPEC_MAX = 1e6;
@@ -23,7 +23,7 @@ struct Font {
     f32 margin;            // pixels of distance ramp around each glyph, inside its cell
     u32 maxw;              // greatest cellw
     u32 height;            // of every cell, in pixels
-    u32 fixedw;            // cell width of "C" plus 1, the advance of fixed pitch text
+    u32 fixedw;            // cell width of FONT_FIXEDLETTER plus 1, the advance of fixed pitch text
     char* name;            // owned; lookup ignores case
     Font* base;            // the font that owns the texture; itself for a base font
     f32 xscale, yscale;    // against the base

@@ -276,7 +276,7 @@ static bool fillfont(Font* font, const NodeFontCharSet* set, const NodeFontParam
     }
     makeatlas(&atlas);
     font->maxw = widest(font);
-    font->fixedw = font->cellw['C'] + 1;
+    font->fixedw = font->cellw[FONT_FIXEDLETTER] + 1;
     return true;
 }
 
