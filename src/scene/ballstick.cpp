@@ -263,13 +263,8 @@ void ballstick_sticklist(Maze* maze)
         Pos exits[POS_MAXEDGES];
         VisitRec recs[POS_MAXEDGES];
         for (i32 i = Pos_alledges({maze, n}, exits, recs) - 1; i >= 0; i--) {
-<<<<<<< HEAD
             if (exits_drawn(maze, exits[i].maze)) {
-                emitstick(maze, node, exits[i], recs[i].colour);
-=======
-            if (drawsto(maze, exits[i].maze)) {
                 emitstick(maze, n, exits[i], recs[i].colour);
->>>>>>> h-lit
             }
         }
     }
