@@ -242,14 +242,42 @@ void ballstick_balllist(Maze* maze)
     impostors_end();
 }
 
-static void emitstick(Maze* maze, const MazeNode* node, Pos exit, u32 colour)
+// The colour of a cylinder along an exit of `maze`.
+static u32 stickcolour(const Maze* maze, Pos exit, u32 colour)
 {
+    return colour_drawn(exit.maze == maze ? exit_colour(maze, colour) : colour);
+}
+
+// Whether the stick to `exit` is painted again, on the same place and in the same colour, when the node
+// at its other end comes, which is lower and so comes later.
+static bool paintedlater(const Maze* maze, i32 n, Pos exit, u32 shown)
+{
+    if (exit.maze != maze || exit.node >= n) {
+        return false;
+    }
+    const MazeNode* const target = Pos_node(exit);
+    for (i32 i = static_cast<i32>(target->nedges) - 1; i >= 0; i--) {
+        if (target->edges[i] == n) {
+            return target->sub == nullptr &&
+                   stickcolour(maze, exit, target->edgerec[i].colour) == shown;
+        }
+    }
+    return false;
+}
+
+static void emitstick(Maze* maze, i32 n, Pos exit, u32 colour)
+{
+    const MazeNode* const node = Maze_node(maze, n);
     const MazeNode* const target = Pos_node(exit);
     f64 axis[3];
     vec3_sub(axis, target->pos, node->pos);
-    const u32 shown = exit.maze == maze ? exit_colour(maze, colour) : colour;
-    impostor_cylinder(colour_drawn(shown), node->pos, axis,
-                      std::fmin(node->radius, target->radius));
+    const f64 radius = std::fmin(node->radius, target->radius);
+    const u32 shown = stickcolour(maze, exit, colour);
+    if (paintedlater(maze, n, exit, shown)) {
+        impostor_cylinder_twin(shown, node->pos, axis, radius);
+    } else {
+        impostor_cylinder(shown, node->pos, axis, radius);
+    }
 }
 
 void ballstick_sticklist(Maze* maze)
@@ -264,7 +292,7 @@ void ballstick_sticklist(Maze* maze)
         VisitRec recs[POS_MAXEDGES];
         for (i32 i = Pos_alledges({maze, n}, exits, recs) - 1; i >= 0; i--) {
             if (drawsto(maze, exits[i].maze)) {
-                emitstick(maze, node, exits[i], recs[i].colour);
+                emitstick(maze, n, exits[i], recs[i].colour);
             }
         }
     }

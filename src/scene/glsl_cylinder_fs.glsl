@@ -5,9 +5,10 @@ varying vec3 across;
 varying vec3 beside;
 varying vec4 place;
 
+// Depth in the buffer of an eye-space z. The element [2][3] of a perspective is -1, its own inverse.
 float depthof(float z)
 {
-    float d = (proj[2][2] + proj[3][2] / z) / proj[2][3];
+    float d = (proj[2][2] + proj[3][2] / z) * proj[2][3];
     return clamp((gl_DepthRange.diff * d + gl_DepthRange.near + gl_DepthRange.far) * 0.5, 0.0, 1.0);
 }
 

@@ -1,6 +1,7 @@
 #version 120
 // A cylinder with open ends by a quad behind its axis. Texture coordinate: one end of the axis, and the
-// radius. Normal: the axis. Vertex: the corner, -1 or 1 along the axis and across it.
+// radius. Normal: the axis. Vertex: the corner, -1 or 1 along the axis and across it;
+// z is 0, or 1 for a cylinder that isn't painted.
 //
 // In the plane across the axis the cylinder is a circle, and the eye a point outside it. With m the
 // ratio of the radius to the distance of the eye from the axis, the two rays that touch the circle meet
@@ -30,7 +31,7 @@ void main()
     float xc = length(ey);
     float top = max(ex.z, ex.z + ea.z) + r;
     float bottom = min(ex.z, ex.z + ea.z) - r;
-    bool seen = r > 0.0 && xc > r; // from inside a cylinder is not there
+    bool seen = gl_Vertex.z < 0.5 && r > 0.0 && xc > r; // from inside a cylinder is not there
     if (!seen || !(bottom < -near) || top < -far) {
         epos = vec3(0.0);
         across = vec3(0.0);

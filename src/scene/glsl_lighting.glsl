@@ -35,8 +35,8 @@ vec3 lightrepcone(vec3 ps, vec3 nv, vec3 lp, vec3 lc, vec3 lr)
 vec3 lightglow(vec3 ps, vec3 nv, vec3 lp, vec3 lc)
 {
     vec3 ld = lp - ps;
-    float l = max(length(ld), 1e-6); // bounded on the lamp itself
-    return lc * max(0.1, dot(nv, ld / l)) / l;
+    float i = inversesqrt(max(dot(ld, ld), 1e-12)); // 1 / length, bounded on the lamp itself
+    return lc * (max(0.1, dot(nv, ld) * i) * i);
 }
 
 // The light that arrives at world position ps on a surface with the unit normal nv.
@@ -54,6 +54,9 @@ vec3 lighting(vec3 nv, vec3 ps)
 vec4 fog(vec4 c, float z)
 {
     const float dist = 3000.0;
-    vec4 p = vec4(exp(0.5 * z / dist), exp(0.6 * z / dist), exp(0.7 * z / dist), 1.0);
+    float e = exp(0.1 * z / dist); // to the powers 5, 6 and 7: blue is lost first, red last
+    float ee = e * e;
+    float red = ee * ee * e;
+    vec4 p = vec4(red, red * e, red * ee, 1.0);
     return p * c + (1.0 - p) * vec4(0.3 * csky + 0.5 * csun, 1.0);
 }

@@ -9,17 +9,30 @@ varying vec3 epos; // this point of the quad: the ray through the pixel
 const vec4 nowhere = vec4(2.0, 2.0, 2.0, 1.0);
 
 // Where the rays that touch the sphere meet the plane of the quad, in one direction across the view:
-// offsets from the centre, least and greatest. `x` is the centre in this direction, `z` in depth. A
-// sphere that reaches beside the eye has none, and takes the whole width.
+// offsets from the centre, least and greatest. `x` is the centre in this direction, `z` in depth, `wide`
+// half the whole width of the plane that can be seen. A sphere that reaches beside the eye has no such
+// ray on the far side, and one about the eye none at all.
 vec2 touch(float x, float z, float wide)
 {
-    float front = -(z + r);
-    if (front <= 0.0) {
-        return vec2(-wide - x, wide - x);
+    vec2 q = vec2(-wide - x, wide - x);
+    float ss = x * x + (z - r) * (z + r);
+    if (ss <= 0.0) {
+        return q;
     }
-    float s = sqrt(max(x * x + (z - r) * (z + r), 0.0));
-    vec2 q = r * vec2(x - s, x + s) / front;
-    return vec2(max(q.x, -wide - x), min(q.y, wide - x));
+    float s = sqrt(ss);
+    float front = -(z + r);
+    // the same two roots, written without the difference of near numbers
+    if (x > 0.0) {
+        q.x = max(q.x, r * (z - r) / (s + x));
+    } else if (front > 0.0) {
+        q.x = max(q.x, r * (x - s) / front);
+    }
+    if (x < 0.0) {
+        q.y = min(q.y, r * (r - z) / (s - x));
+    } else if (front > 0.0) {
+        q.y = min(q.y, r * (x + s) / front);
+    }
+    return q;
 }
 
 void main()

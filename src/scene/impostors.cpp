@@ -67,6 +67,15 @@ static void corners()
     glVertex2f(1, -1);
 }
 
+// The same corners for what isn't painted.
+static void twincorners()
+{
+    glVertex3f(-1, -1, 1);
+    glVertex3f(-1, 1, 1);
+    glVertex3f(1, 1, 1);
+    glVertex3f(1, -1, 1);
+}
+
 static void colour4(u32 colour)
 {
     glColor4ub(static_cast<u8>(colour >> 16), static_cast<u8>(colour >> 8), static_cast<u8>(colour),
@@ -96,20 +105,35 @@ void impostor_sphere(u32 colour, const f64 centre[3], f64 radius)
     corners();
 }
 
-void impostor_cylinder(u32 colour, const f64 start[3], const f64 axis[3], f64 radius)
+// All but the corners of a cylinder. False if there is nothing to draw.
+static bool cylinder(u32 colour, const f64 start[3], const f64 axis[3], f64 radius)
 {
     f32 at[3];
     f32 along[3];
     const f32 r = static_cast<f32>(std::fabs(radius));
     if (!single(at, start) || !single(along, axis) || !std::isfinite(r)) {
-        return;
+        return false;
     }
     const f32 square = along[0] * along[0] + along[1] * along[1] + along[2] * along[2];
     if (square < FLT_MIN || !std::isfinite(square)) { // no length that the card can divide by
-        return;
+        return false;
     }
     colour4(colour);
     glTexCoord4f(at[0], at[1], at[2], r);
     glNormal3fv(along);
-    corners();
+    return true;
+}
+
+void impostor_cylinder(u32 colour, const f64 start[3], const f64 axis[3], f64 radius)
+{
+    if (cylinder(colour, start, axis, radius)) {
+        corners();
+    }
+}
+
+void impostor_cylinder_twin(u32 colour, const f64 start[3], const f64 axis[3], f64 radius)
+{
+    if (cylinder(colour, start, axis, radius)) {
+        twincorners();
+    }
 }

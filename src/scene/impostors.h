@@ -19,3 +19,7 @@ void impostor_sphere(u32 colour, const f64 centre[3], f64 radius);
 
 /// Adds a cylinder from `start` to `start` + `axis`. An axis of no length draws nothing.
 void impostor_cylinder(u32 colour, const f64 start[3], const f64 axis[3], f64 radius);
+
+/// The same for one that lies on another of its batch and looks the same, such as an edge as its other
+/// end sees it: it is in the list, and the vertex stage throws it away.
+void impostor_cylinder_twin(u32 colour, const f64 start[3], const f64 axis[3], f64 radius);
