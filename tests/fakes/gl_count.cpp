@@ -33,9 +33,15 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
     }
 // NOLINTEND(bugprone-macro-parentheses)
 
-GL_COUNTED(void, glBegin, (GLenum kind), (kind), gl_count.openbatches++)
+GL_COUNTED(void, glBegin, (GLenum kind), (kind), {
+    gl_count.openbatches++;
+    if (gl_count.record) {
+        gl_count.kinds.push_back(kind);
+    }
+})
 GL_COUNTED(void, glEnd, (), (), gl_count.openbatches--)
 GL_COUNTED(void, glVertex2f, (GLfloat x, GLfloat y), (x, y), notevertex(x, y, 0, 1))
+GL_COUNTED(void, glVertex3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), notevertex(x, y, z, 1))
 GL_COUNTED(void, glVertex4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            notevertex(x, y, z, w))
 GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
@@ -43,6 +49,8 @@ GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
 GL_COUNTED(void, glColor4fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], v[3]))
 GL_COUNTED(void, glTexCoord2f, (GLfloat x, GLfloat y), (x, y), note(gl_count.now.tex, x, y, 0, 1))
+GL_COUNTED(void, glTexCoord3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z),
+           note(gl_count.now.tex, x, y, z, 1))
 GL_COUNTED(void, glTexCoord4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            note(gl_count.now.tex, x, y, z, w))
 GL_COUNTED(void, glNormal3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), {
