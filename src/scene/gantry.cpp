@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 extern const char glsl_lighting[];
 extern const char glsl_plate_vs[];
@@ -63,7 +64,7 @@ static void drawhextile(i32 width, i32 height, i32 tn, void* alphalost)
     program_use(0);
 }
 
-// Makes white of a texture's colour, and alpha of what was its brightness.
+// Makes alpha of what was a texture's brightness, and white of its colour, where there is any.
 static void alphafromcolour(GLuint name)
 {
     const size_t bytes = static_cast<size_t>(GANTRY_TEXSIZE) * GANTRY_TEXSIZE * 4;
@@ -71,10 +72,9 @@ static void alphafromcolour(GLuint name)
     glBindTexture(GL_TEXTURE_2D, name);
     glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, image);
     for (size_t i = 0; i < bytes; i += 4) {
-        image[i + 3] = image[i];
-        image[i] = 255;
-        image[i + 1] = 255;
-        image[i + 2] = 255;
+        const u8 alpha = image[i];
+        std::memset(image + i, alpha != 0 ? 255 : 0, 3);
+        image[i + 3] = alpha;
     }
     tex_upload(GL_TEXTURE_2D, 4, GANTRY_TEXSIZE, GANTRY_TEXSIZE, image);
     std::free(image);

@@ -38,7 +38,12 @@ static f32 single(f64 x)
     }
 // NOLINTEND(bugprone-macro-parentheses)
 
-GL_COUNTED(void, glBegin, (GLenum kind), (kind), gl_count.openbatches++)
+GL_COUNTED(void, glBegin, (GLenum kind), (kind), {
+    gl_count.openbatches++;
+    if (gl_count.record) {
+        gl_count.kinds.push_back(kind);
+    }
+})
 GL_COUNTED(void, glEnd, (), (), gl_count.openbatches--)
 GL_COUNTED(void, glVertex2f, (GLfloat x, GLfloat y), (x, y), notevertex(x, y, 0, 1))
 GL_COUNTED(void, glVertex3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), notevertex(x, y, z, 1))
@@ -51,6 +56,8 @@ GL_COUNTED(void, glColor4fv, (const GLfloat* v), (v),
 GL_COUNTED(void, glColor4ub, (GLubyte r, GLubyte g, GLubyte b, GLubyte a), (r, g, b, a),
            note(gl_count.now.colour, r / 255.0F, g / 255.0F, b / 255.0F, a / 255.0F))
 GL_COUNTED(void, glTexCoord2f, (GLfloat x, GLfloat y), (x, y), note(gl_count.now.tex, x, y, 0, 1))
+GL_COUNTED(void, glTexCoord3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z),
+           note(gl_count.now.tex, x, y, z, 1))
 GL_COUNTED(void, glTexCoord4f, (GLfloat x, GLfloat y, GLfloat z, GLfloat w), (x, y, z, w),
            note(gl_count.now.tex, x, y, z, w))
 GL_COUNTED(void, glNormal3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), {

@@ -19,6 +19,7 @@ struct GlCount {
     bool record = false; // vertices are kept
     std::map<std::string, i32> calls;
     std::vector<GlVertex> vertices;
+    std::vector<GLenum> kinds; // of the batches, with `record`
     GlVertex now = {};
     i32 openbatches = 0; // glBegin less glEnd
 
