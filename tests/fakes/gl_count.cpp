@@ -115,8 +115,6 @@ GL_COUNTED(void, glMultMatrixd, (const GLdouble* m), (m), )
 GL_COUNTED(void, glTranslated, (GLdouble x, GLdouble y, GLdouble z), (x, y, z), )
 GL_COUNTED(void, glMatrixMode, (GLenum mode), (mode), )
 GL_COUNTED(void, glClear, (GLbitfield mask), (mask), )
-GL_COUNTED(void, glTexCoord3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z),
-           note(gl_count.now.tex, x, y, z, 1))
 GL_COUNTED(void, glColor3f, (GLfloat r, GLfloat g, GLfloat b), (r, g, b),
            note(gl_count.now.colour, r, g, b, 1))
 GL_COUNTED(void, glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g, b, a),
