@@ -11,7 +11,6 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -314,32 +313,40 @@ TEST(text_draw, draws_as_text_put_does_without_an_edge)
     EXPECT_EQ(text_draw(3, 4, "a\nb\nc", 0), 4 + 34);
 }
 
-// The box of what OpenGL draws, in window pixels from the upper left, by its feedback.
+// The box of what a text draws, in window pixels from the upper left, by the matrices of its batch.
 struct Box {
-    f32 left = 1e9F, right = -1e9F, top = 1e9F, bottom = -1e9F;
+    f64 left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
 };
 
-static Box fed_back(const std::function<void()>& draw)
+static Box window_box(f32 x, f32 y, const char* text)
 {
-    std::vector<f32> buffer(4096);
-    glFeedbackBuffer(static_cast<GLsizei>(buffer.size()), GL_2D, buffer.data());
-    glRenderMode(GL_FEEDBACK);
-    draw();
-    const size_t n = static_cast<size_t>(glRenderMode(GL_RENDER));
+    f64 modelview[16];
+    f64 projection[16];
+    i32 viewport[4];
+    gl_count = {};
+    gl_count.record = true;
+    text_begin();
+    text_put(x, y, 0, 0, text, 0xFFFFFF);
+    glEnd();
+    glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
+    glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    glBegin(GL_QUADS);
+    text_end();
+    gl_count.record = false;
     Box box;
-    for (size_t at = 0; at < n;) {
-        EXPECT_EQ(buffer[at], static_cast<f32>(GL_POLYGON_TOKEN));
-        const size_t end = at + 2 + 2 * static_cast<size_t>(buffer[at + 1]);
-        for (at += 2; at < end; at += 2) {
-            const f32 y = static_cast<f32>(gfx_height) - buffer[at + 1];
-            box = {std::min(box.left, buffer[at]), std::max(box.right, buffer[at]),
-                   std::min(box.top, y), std::max(box.bottom, y)};
-        }
+    for (const GlVertex& v : gl_count.vertices) {
+        f64 wx = 0;
+        f64 wy = 0;
+        gfx_project(static_cast<f64>(v.pos[0]), static_cast<f64>(v.pos[1]), 0, &wx, &wy, nullptr,
+                    modelview, projection, viewport);
+        box = {std::min(box.left, wx), std::max(box.right, wx), std::min(box.top, wy),
+               std::max(box.bottom, wy)};
     }
     return box;
 }
 
-static void expect_box(const Box& box, f32 left, f32 right, f32 top, f32 bottom)
+static void expect_box(const Box& box, f64 left, f64 right, f64 top, f64 bottom)
 {
     EXPECT_NEAR(box.left, left, 0.01);
     EXPECT_NEAR(box.right, right, 0.01);
@@ -351,21 +358,19 @@ static void expect_box(const Box& box, f32 left, f32 right, f32 top, f32 bottom)
 TEST(text_draw, counts_window_pixels_from_the_upper_left)
 {
     const TextWindow window;
-    text_program = 0;
-    const Box box = fed_back([] { text_draw(40, 50, "H", 0xFFFFFF); });
-    const f32 w = 0.3F * (static_cast<f32>(font_current->base->cellw['H']) - 6);
-    const f32 b = 0.3F * 3.375F;
-    expect_box(box, 40 - b, 40 + w + b, 50 - b, 50 + 0.3F * 48 + b);
+    const Box box = window_box(40, 50, "H");
+    const f64 w = 0.3 * (font_current->base->cellw['H'] - 6.0);
+    const f64 b = 0.3 * 3.375;
+    expect_box(box, 40 - b, 40 + w + b, 50 - b, 50 + 0.3 * 48 + b);
 }
 
 TEST(text_draw, scales_the_whole_batch)
 {
     const TextWindow window;
-    text_program = 0;
-    const Box plain = fed_back([] { text_draw(20, 10, "HH", 0xFFFFFF); });
+    const Box plain = window_box(20, 10, "HH");
     text_scalex = 2;
     text_scaley = 3;
-    const Box scaled = fed_back([] { text_draw(20, 10, "HH", 0xFFFFFF); });
+    const Box scaled = window_box(20, 10, "HH");
     expect_box(scaled, 2 * plain.left, 2 * plain.right, 3 * plain.top, 3 * plain.bottom);
 }
 
