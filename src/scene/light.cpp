@@ -19,9 +19,14 @@ static f32 skylight(f64 height)
     return height < -0.249 ? 0.0F : static_cast<f32>(std::exp(-0.15 / (height + 0.25)));
 }
 
+f64 clock_held(f64 t)
+{
+    return std::clamp(t, -1e30, 1e30);
+}
+
 void light_compute(f64 t, LightRec* out)
 {
-    const f32 phase = static_cast<f32>(t * 0.001 + 0.5);
+    const f32 phase = static_cast<f32>(clock_held(t) * 0.001 + 0.5);
     const f64 angle = 2 * PI * static_cast<f64>(phase);
     const f64 slant = -std::cos(angle) * 0.7071067811865475;
     out->nsun[0] = static_cast<f32>(std::sin(angle));

@@ -13,6 +13,9 @@ struct LightRec {
 
 static_assert(sizeof(LightRec) == 18 * sizeof(f32));
 
+/// The game clock held to what single precision takes.
+f64 clock_held(f64 t);
+
 /// The daylight at game time `t` in seconds. The phase goes through single precision, so it coarsens
 /// as the clock grows.
 void light_compute(f64 t, LightRec* out);

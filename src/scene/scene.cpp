@@ -150,7 +150,7 @@ static void drawclouds(const MazeGame* game, const LightRec* light)
 {
     f64 eye[3];
     MazeGame_eye(eye, game);
-    const f32 wind = static_cast<f32>(std::fmod(20 * game->time, 1e7));
+    const f32 wind = static_cast<f32>(std::fmod(20 * clock_held(game->time), 1e7));
     clouds_draw(eye, 0, wind, 128.0F, 1.5F, light);
 }
 

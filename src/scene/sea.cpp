@@ -127,7 +127,7 @@ static void begin(GLuint program, const MazeGame* game, f64 level, f32 reflectiv
     f64 eye[3];
     MazeGame_eye(eye, game);
     const f64 origin[3] = {eye[0], eye[1], level};
-    uniform_f32(program, "t", static_cast<f32>(game->time));
+    uniform_f32(program, "t", static_cast<f32>(clock_held(game->time)));
     uniform_vec3(program, "orig", origin);
     uniform_vec3(program, "o", eye);
     uniform_i32(program, "cubemap", 0);
