@@ -152,7 +152,9 @@ struct Cutting {
     VoronoiVertex* spare; // as long; a cut goes from one to the other
     i32 capacity;
     i32 count;
-    f64 square;    // of the distance of the farthest corner
+    f64 square;   // of the distance of the farthest corner
+    f64 below[2]; // how far off on each axis, to either side, a node may be that can still cut
+    f64 above[2];
     Rival* rivals; // those of one ring of buckets
     i32 rivalcapacity;
     i32 rivalcount;
@@ -176,15 +178,30 @@ static void makeroom(Cutting* cell)
     cell->spare = static_cast<VoronoiVertex*>(std::realloc(cell->spare, size));
 }
 
+// A node can cut a corner off only if it is nearer to the corner than the cell's own node, that is inside
+// the circle about the corner through the origin.
 static void measure(Cutting* cell)
 {
     f64 most = 0;
+    f64 below[2] = {0, 0};
+    f64 above[2] = {0, 0};
     for (i32 k = cell->count - 1; k >= 0; k--) {
-        const VoronoiVertex* const corner = cell->corners + k;
-        const f64 square = corner->x * corner->x + corner->y * corner->y;
+        const f64 x = cell->corners[k].x;
+        const f64 y = cell->corners[k].y;
+        const f64 square = x * x + y * y;
+        const f64 r = std::sqrt(square);
         most = square > most ? square : most;
+        below[0] = r - x > below[0] ? r - x : below[0];
+        below[1] = r - y > below[1] ? r - y : below[1];
+        above[0] = r + x > above[0] ? r + x : above[0];
+        above[1] = r + y > above[1] ? r + y : above[1];
     }
     cell->square = most;
+    const f64 range = search_reach + no_length; // so that rounding loses nothing at its end
+    for (i32 k = 1; k >= 0; k--) {
+        cell->below[k] = std::min(below[k], range);
+        cell->above[k] = std::min(above[k], range);
+    }
 }
 
 static void startsquare(Cutting* cell)
@@ -247,17 +264,18 @@ static void gather(Cutting* cell, i32 from, i32 end)
 {
     Rival* rival = makerivals(cell, end - from);
     const f64* const pos = cell->node->pos;
-    const f64 scale = cell->scale;
-    const f64 most = 4 * cell->square;
+    const f64 unit = cell->unit * cell->unit;
+    const f64 most = 4 * cell->square * unit;
+    const f64 range = search_reach * search_reach * unit;
     for (i32 i = from; i < end; i++) { // as they lie
         const Site* const site = cell->sites->site + i;
-        const f64 x = (site->pos[0] - pos[0]) * scale;
-        const f64 y = (site->pos[1] - pos[1]) * scale;
-        const f64 z = (site->pos[2] - pos[2]) * scale;
+        const f64 x = site->pos[0] - pos[0];
+        const f64 y = site->pos[1] - pos[1];
+        const f64 z = site->pos[2] - pos[2];
         const f64 square = x * x + y * y;
-        *rival = {.order = square + 1e-9 * z * z, .site = i};
-        const bool reaches = square < most && square + z * z <= search_reach * search_reach;
-        rival += reaches && site->index != cell->index ? 1 : 0;
+        *rival = {.order = square + 1e-9 * (z * z), .site = i};
+        const bool reaches = (square < most) & (square + z * z <= range);
+        rival += (reaches & (site->index != cell->index)) ? 1 : 0;
     }
     cell->rivalcount = static_cast<i32>(rival - cell->rivals);
 }
@@ -328,12 +346,6 @@ static void gatherrow(Cutting* cell, const Search* search, i32 x0, i32 x1, i32 y
     }
 }
 
-// Whether what is that far off in plan can still change the cell.
-static bool distancereaches(const Cutting* cell, f64 distance)
-{
-    return distance <= search_reach && canreach(cell, std::max(distance, 0.0) * distance);
-}
-
 // The four sides of the ring of buckets `m` away from the cell's own, 2 or more, as far as they matter.
 // False if none did, and none farther off will.
 static bool gatherring(Cutting* cell, const Search* search, i32 m)
@@ -341,10 +353,10 @@ static bool gatherring(Cutting* cell, const Search* search, i32 m)
     const SpatialGrid* const grid = &cell->sites->grid;
     const f64 stepx = (m - 1) * search->side[0];
     const f64 stepy = (m - 1) * search->side[1];
-    const bool west = search->x >= m && distancereaches(cell, search->below[0] + stepx);
-    const bool east = search->x + m < grid->nx && distancereaches(cell, search->above[0] + stepx);
-    const bool south = search->y >= m && distancereaches(cell, search->below[1] + stepy);
-    const bool north = search->y + m < grid->ny && distancereaches(cell, search->above[1] + stepy);
+    const bool west = search->x >= m && search->below[0] + stepx < cell->below[0];
+    const bool east = search->x + m < grid->nx && search->above[0] + stepx < cell->above[0];
+    const bool south = search->y >= m && search->below[1] + stepy < cell->below[1];
+    const bool north = search->y + m < grid->ny && search->above[1] + stepy < cell->above[1];
     if (south) {
         gatherrow(cell, search, search->x - m, search->x + m, search->y - m);
     }
@@ -414,6 +426,20 @@ static bool haslength(const Cutting* cell, i32 k)
     return x * x + y * y >= no_length * no_length;
 }
 
+// An array of that many corners in one piece, without room for more.
+static void fill(GrowArray* out, const VoronoiVertex* corners, i32 count)
+{
+    const size_t size = static_cast<size_t>(count) * sizeof(VoronoiVertex);
+    *out = {.buf = static_cast<u8*>(std::malloc(std::max(size, sizeof(VoronoiVertex)))),
+            .backptr = nullptr,
+            .count = static_cast<u32>(count),
+            .capacity = static_cast<u32>(std::max(count, 1)),
+            .mincapacity = static_cast<u32>(array_defaultcap),
+            .elemsize = sizeof(VoronoiVertex),
+            .growth = 60.0F};
+    std::memcpy(out->buf, corners, size);
+}
+
 // The cell as it is kept, without the sides of no length.
 static void store(GrowArray* out, Cutting* cell)
 {
@@ -424,18 +450,15 @@ static void store(GrowArray* out, Cutting* cell)
             count++;
         }
     }
-    if (count >= 3) {
-        GrowArray_append(out, cell->spare, static_cast<u32>(count));
-    }
+    fill(out, cell->spare, count >= 3 ? count : 0);
 }
 
 static void storepoint(GrowArray* out, const MazeNode* node)
 {
     const VoronoiVertex corner = {
         .x = node->pos[0], .y = node->pos[1], .neighbour = -1, .linked = -1};
-    for (i32 k = 3; k >= 0; k--) {
-        GrowArray_push(out, &corner);
-    }
+    const VoronoiVertex corners[4] = {corner, corner, corner, corner};
+    fill(out, corners, 4);
 }
 
 // Lists the links of a node that stay in its level, and measures the longest.
@@ -468,6 +491,7 @@ static void buildcell(GrowArray* out, Cutting* cell, const Maze* maze, i32 n, bo
     cell->node = Maze_node(maze, n);
     findlinks(cell, maze, n, alledges);
     if (!finite(cell->node->pos) || !std::isfinite(cell->unit)) {
+        fill(out, cell->spare, 0);
         return;
     }
     if (!(cell->unit > 1e-150)) { // its square would be 0
@@ -553,22 +577,19 @@ static void freecells(void* data, Maze* /*maze*/)
     std::free(cells);
 }
 
-static VoronoiCells* emptycells(i32 count)
+static VoronoiCells* newcells(i32 count)
 {
     VoronoiCells* const cells = static_cast<VoronoiCells*>(std::calloc(1, sizeof(VoronoiCells)));
     cells->count = count;
     cells->cell = static_cast<GrowArray*>(
         std::malloc(static_cast<size_t>(count > 0 ? count : 1) * sizeof(GrowArray)));
-    for (i32 i = count - 1; i >= 0; i--) {
-        GrowArray_init(cells->cell + i, sizeof(VoronoiVertex));
-    }
     return cells;
 }
 
 void voronoi_build(Maze* maze, bool alledges)
 {
     Maze_detach(maze, "voronoi", false);
-    VoronoiCells* const cells = emptycells(Maze_count(maze));
+    VoronoiCells* const cells = newcells(Maze_count(maze));
     Sites sites;
     sortsites(&sites, maze);
     Cutting cell = {};
