@@ -19,12 +19,9 @@ extern i32 smooth_lines; // starts at 1
 void scene_draw(MazeGame* game);
 
 /// One run of the plot in the current projection: captures the view record into `game->view`, so that
-<<<<<<< HEAD
-/// what is left out goes by this slice, and draws the world in the style of the switches. In a state graph its
-=======
-/// what is left out goes by this slice, and draws the world in discs and ribbons. With the landscape on
-/// the land comes before it, sea and clouds come last, so that the sea blends over all solid matter. In a state graph its
->>>>>>> h-sea
+/// what is left out goes by this slice, and draws the world in the style of the switches. With the
+/// landscape on the land comes before it, and sea and clouds come last, so that the sea blends over all
+/// solid matter. In a state graph its
 /// maker's picture of the player's state is painted over it, at a tenth of the window's size from the
 /// upper left corner, in the size of a fortieth of its height.
 void scene_plot(MazeGame* game);

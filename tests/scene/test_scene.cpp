@@ -134,7 +134,6 @@ TEST(scene_draw, shows_the_map_of_cells_whatever_the_style)
 {
     const Picture discs = picture_of_maze();
     voronoi_on = 1;
-<<<<<<< HEAD
     const Picture cells = picture_of_maze();
     const Picture same = picture_switched(&plot_type, 1);
     voronoi_on = 0;
@@ -158,17 +157,6 @@ TEST(scene_draw, lights_what_is_lit_and_nothing_else_with_the_lamp)
     const Picture lit = picture_switched(&light_on, 1);
     plot_type = 0;
     EXPECT_NE(dim.bytes, lit.bytes);
-=======
-    light_on = 1;
-    grid_on = 1;
-    const Picture after = world.draw();
-    plot_type = 0;
-    voronoi_on = 0;
-    light_on = 0;
-    grid_on = 0;
-    EXPECT_EQ(before.bytes, after.bytes);
-    EXPECT_GT(before.painted(), 1000);
->>>>>>> h-sea
 }
 
 TEST(scene_draw, paints_the_near_slice_over_the_far_one)

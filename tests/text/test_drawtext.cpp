@@ -659,14 +659,9 @@ TEST(text_put, allocates_nothing)
     text_put(0, 0, 80, 0, text.c_str(), 0);
     text_width(text.c_str());
     EXPECT_EQ(alloc_count, before);
-<<<<<<< HEAD
-    void* volatile counted = std::malloc(1); // which no compiler leaves out
-    std::free(counted);
-=======
     char* name = nullptr;
     str_new(&name, "text");
     std::free(name);
->>>>>>> h-text
     EXPECT_EQ(alloc_count, before + 1); // the counter counts
     gl_count.forward = true;
 }
