@@ -263,11 +263,22 @@ static std::uint32_t heading(const std::string& file, size_t index)
 
 std::vector<std::uint32_t> Desktop::pixels(const std::string& window) const
 {
-    enum { HEADER_SIZE = 0, WIDTH = 4, HEIGHT = 5, PIXEL_BITS = 11, LINE_BYTES = 12, COLOURS = 19 };
     const std::string place_text = run("xdotool getwindowgeometry --shell " + window);
-    const int left = value_of(place_text, "X");
-    const int top = value_of(place_text, "Y");
-    const Size size = client_size(window);
+    return area(value_of(place_text, "X"), value_of(place_text, "Y"), client_size(window));
+}
+
+std::vector<std::uint32_t> Desktop::exact_pixels(const std::string& window) const
+{
+    const std::string at =
+        run("xdotool mousemove --window " + window + " 0 0 sleep 0.1 getmouselocation --shell");
+    run("xdotool mousemove " + std::to_string(screen.width - 1) + " " +
+        std::to_string(screen.height - 1) + " sleep 0.2"); // the pointer is seen in the picture
+    return area(value_of(at, "X"), value_of(at, "Y"), client_size(window));
+}
+
+std::vector<std::uint32_t> Desktop::area(int left, int top, Size size) const
+{
+    enum { HEADER_SIZE = 0, WIDTH = 4, HEIGHT = 5, PIXEL_BITS = 11, LINE_BYTES = 12, COLOURS = 19 };
     const std::string file = file_text(place + "/Xvfb_screen0");
     if (heading(file, PIXEL_BITS) != 32) {
         throw std::runtime_error("the screen has no 32 bits a pixel");
