@@ -11,6 +11,7 @@
 
 #include <GL/gl.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <string>
@@ -36,23 +37,40 @@ class TextPainter
         return pixels;
     }
 
+    /// The same, but only what comes to lie in a box, with its lowest row first.
+    void paint_box(std::vector<u8>* pixels, i32 x, i32 y, i32 width, i32 height,
+                   const std::string& text) const
+    {
+        const i32 bottom = gfx_height - y - height;
+        glEnable(GL_SCISSOR_TEST);
+        glScissor(x, bottom, width, height);
+        glClear(GL_COLOR_BUFFER_BIT);
+        text_draw(static_cast<f32>(x), static_cast<f32>(y), text.c_str(), 0xFFFFFF);
+        glDisable(GL_SCISSOR_TEST);
+        pixels->resize(static_cast<size_t>(width * height * 3));
+        glPixelStorei(GL_PACK_ALIGNMENT, 1);
+        glReadPixels(x, bottom, width, height, GL_RGB, GL_UNSIGNED_BYTE, pixels->data());
+        glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    }
+
   private:
     ScriptedWindow window;
 };
 
-/// Reads one line of white text that begins at a place of a picture, up to the end of the row or to
-/// `most` pixels from there.
+/// Reads one line of white text that begins at a place of a picture, up to `most` pixels from there. The
+/// text is tried in a window of the picture's size, where it comes out the same to the last bit.
 class LineReader
 {
   public:
     LineReader(const Picture& picture, i32 x, i32 y, i32 most)
-        : width(most), painter(most, rows), wanted(static_cast<size_t>(most * rows * 3), 0)
+        : left(x), top(y), width(std::min(most, static_cast<i32>(picture.width) - x)),
+          painter(static_cast<i32>(picture.width), static_cast<i32>(picture.height))
     {
-        for (i32 row = 0; row < rows; row++) {
-            for (i32 i = 0; i < 3 * most && 3 * x + i < 3 * static_cast<i32>(picture.width); i++) {
-                const size_t from = static_cast<size_t>(y + row) * picture.width * 3;
-                wanted[static_cast<size_t>(row * most * 3 + i)] =
-                    picture.rgb.at(from + static_cast<size_t>(3 * x + i));
+        for (i32 row = rows - 1; row >= 0; row--) {
+            const size_t from =
+                (static_cast<size_t>(y + row) * picture.width + static_cast<size_t>(x)) * 3;
+            for (size_t i = 0; i < static_cast<size_t>(width) * 3; i++) {
+                wanted.push_back(picture.rgb.at(from + i));
             }
         }
     }
@@ -67,16 +85,16 @@ class LineReader
 
   private:
     static constexpr i32 rows = 15; // the next line's ramps begin below
-    i32 width;
+    i32 left, top, width;
     TextPainter painter;
-    std::vector<u8> wanted;
+    std::vector<u8> wanted, got; // the lowest row first
     std::string longest;
     i32 tries = 6000; // what is no text is given up in the end
 
     // Whether a text looks right in the columns left of `end`.
-    bool fits(const std::string& text, i32 end) const
+    bool fits(const std::string& text, i32 end)
     {
-        const std::vector<u8> got = painter.paint(0, 0, text);
+        painter.paint_box(&got, left, top, width, rows, text);
         for (i32 row = rows - 1; row >= 0; row--) {
             for (i32 i = 3 * std::min(end, width) - 1; i >= 0; i--) {
                 const size_t at = static_cast<size_t>(row * width * 3 + i);

@@ -7,6 +7,7 @@
 #include "model/stategraph.h"
 #include "model/surgery.h"
 #include "shell/frame.h"
+#include "shell/hud.h"
 #include "tests/shell_session.h"
 #include "tests/sound.h"
 
@@ -345,6 +346,7 @@ TEST(driver_frame, shows_the_scene_at_the_swap_and_clears_after_it)
     leave_line(session.folder);
     std::vector<i32> lit;
     ASSERT_TRUE(session.start_framed());
+    session.driver.hud_mode = HUD_NOTHING;
     session.atswap([&](i32) { lit.push_back(lit_pixels()); });
     session.frames(2);
     ASSERT_EQ(lit.size(), 2U);
@@ -368,6 +370,7 @@ TEST(driver_frame, draws_no_scene_in_stereo_mode_9_and_f3_takes_it_to_1)
     std::vector<i32> modes;
     // a half of 25 rows has one in its middle, where the line of nodes is
     ASSERT_TRUE(session.start_framed(64, 50));
+    session.driver.hud_mode = HUD_NOTHING;
     session.atswap([&](i32) {
         drawn.push_back(lit_pixels() > 0);
         modes.push_back(session.driver.stereo_mode);

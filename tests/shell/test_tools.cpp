@@ -1,6 +1,7 @@
 // The commands as their users see them: options, messages, exit codes, what they leave.
 #include "base/rnd.h"
 #include "tests/shell_session.h"
+#include "tests/textreader.h"
 
 #include <cmath>
 #include <set>
@@ -180,8 +181,9 @@ TEST(corvane_play, takes_pictures_of_what_a_frame_shows)
     const Folder folder;
     leave_line(folder);
     const Played played =
-        play(folder, "at 2 shot first.png\nat 3 resize 90 60\nat 3 shot second.png\n"
-                     "at 4 close\n");
+        play(folder, "at 1 press Space\nat 3 press Space\nat 5 press Space\n" // no text
+                     "at 5 shot first.png\nat 6 resize 90 60\nat 6 shot second.png\n"
+                     "at 7 close\n");
     EXPECT_EQ(played.outcome.code, 0) << played.outcome.err;
     const Picture first = read_png(folder.file("first.png"));
     EXPECT_EQ(first.width, 64U);
@@ -269,7 +271,7 @@ TEST(corvane_shot, prints_its_help)
     EXPECT_EQ(outcome.err, "");
     for (const char* const part :
          {"--world", "--seed", "--mode", "--kind", "--out", "--size", "--at", "--yaw", "--pitch",
-          "--zoom", "--first-person", "--clock", "--plot", "--stereo", "--swap", "--depth",
+          "--zoom", "--first-person", "--clock", "--plot", "--stereo", "--swap", "--depth", "--hud",
           "--trail"}) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
     }
@@ -302,6 +304,9 @@ TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {"--seed 1 --out a.png --zoom inf", "--zoom"},
         {"--seed 1 --out a.png --clock noon", "--clock"},
         {"--seed 1 --out a.png --trail -1", "--trail"},
+        {"--seed 1 --out a.png --hud 4", "--hud"},
+        {"--seed 1 --out a.png --hud -1", "--hud"},
+        {"--seed 1 --out a.png --hud help", "--hud"},
         {"--seed 1 --out a.png --plot gantries", "--plot takes discs"},
         {"--seed 1 --out a.png --landscape", "unknown option --landscape"},
         {"--seed 1 --out a.png --stereo 9", "--stereo takes a number from 0 to 8, not '9'"},
@@ -357,7 +362,7 @@ TEST(corvane_shot, shows_a_saved_world_as_its_next_start_does)
     const Folder folder;
     leave_line(folder);
     const std::string world = "--world maze_save.dat --size 64x48";
-    EXPECT_EQ(shot_in(folder, world + " --clock 0.016666666666666666 --out a.png").code, 0);
+    EXPECT_EQ(shot_in(folder, world + " --hud 0 --clock 0.016666666666666666 --out a.png").code, 0);
     play(folder, "at 1 shot b.png\nat 2 close\n");
     EXPECT_EQ(read_png(folder.file("a.png")).rgb, read_png(folder.file("b.png")).rgb);
 }
@@ -487,4 +492,61 @@ TEST(corvane_shot, walks_a_trail_that_shows_its_age)
     }
     EXPECT_GT(brighter_left, 100);
     EXPECT_EQ(changed_right, 0);
+}
+
+// What is written at a place of a picture of the line world.
+static std::string written(const std::string& options, i32 y)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Outcome outcome =
+        shot_in(folder, "--world maze_save.dat --out a.png --size 640x480 --clock 3723 " + options);
+    EXPECT_EQ(outcome.code, 0) << options << ": " << outcome.err;
+    return read_line(read_png(folder.file("a.png")), 0, y, 300);
+}
+
+TEST(corvane_shot, writes_no_text_unless_asked)
+{
+    EXPECT_EQ(written("", 0), "");
+    EXPECT_EQ(written("--hud 3", 0), "");
+}
+
+TEST(corvane_shot, writes_the_displays_over_the_picture)
+{
+    EXPECT_EQ(written("--hud 0", 0), "Press Space for controls");
+    EXPECT_EQ(written("--hud 1", 0), "Q/Escape = Quit");
+    EXPECT_EQ(written("--hud 2", 0), "1:02:03");
+    EXPECT_EQ(written("--hud 2", 4 * 16), "0 / 20 nodes visited (0.00%)");
+}
+
+TEST(corvane_play, shows_the_displays_one_by_one)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played =
+        play(folder,
+             "at 1 shot 0.png\nat 2 press Space\nat 2 shot 1.png\nat 4 press Space\n"
+             "at 4 shot 2.png\nat 6 press Space\nat 6 shot 3.png\nat 8 press Space\n"
+             "at 8 shot 4.png\nat 9 close\n",
+             "--size 640x240");
+    EXPECT_EQ(played.outcome.code, 0) << played.outcome.err;
+    const char* const lines[] = {"Press Space for controls", "Q/Escape = Quit", "0:00:00", "",
+                                 "Press Space for controls"};
+    for (i32 i = 0; i < 5; i++) {
+        const Picture picture = read_png(folder.file(std::to_string(i) + ".png"));
+        EXPECT_EQ(read_line(picture, 0, 0, 300), lines[i]);
+    }
+}
+
+TEST(corvane_play, leaves_a_screenshot_in_the_folder)
+{
+    const Folder folder;
+    leave_line(folder);
+    const Played played = play(folder, "at 5 hold Ctrl\nat 5 press S\nat 5 shot shown.png\n"
+                                       "at 6 close\n");
+    EXPECT_EQ(played.outcome.code, 0) << played.outcome.err;
+    EXPECT_EQ(played.outcome.out, "");
+    EXPECT_EQ(folder.listing(), "Corvane_00000.png config.txt maze_save.dat shown.png");
+    EXPECT_EQ(read_png(folder.file("Corvane_00000.png")).rgb,
+              read_png(folder.file("shown.png")).rgb);
 }

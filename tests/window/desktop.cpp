@@ -324,11 +324,21 @@ static std::uint32_t heading(const std::string& file, size_t index)
 
 std::vector<std::uint32_t> Desktop::pixels(const std::string& window) const
 {
-    enum { HEADER_SIZE = 0, WIDTH = 4, HEIGHT = 5, PIXEL_BITS = 11, LINE_BYTES = 12, COLOURS = 19 };
     const std::string text = client_text(*this, window);
-    const int left = value_of(text, "Absolute upper-left X");
-    const int top = value_of(text, "Absolute upper-left Y");
-    const Size size = {value_of(text, "Width"), value_of(text, "Height")};
+    return area(value_of(text, "Absolute upper-left X"), value_of(text, "Absolute upper-left Y"),
+                {value_of(text, "Width"), value_of(text, "Height")});
+}
+
+std::vector<std::uint32_t> Desktop::exact_pixels(const std::string& window) const
+{
+    run("xdotool mousemove " + std::to_string(screen.width - 1) + " " +
+        std::to_string(screen.height - 1) + " sleep 0.2"); // the pointer is seen in the picture
+    return pixels(window);
+}
+
+std::vector<std::uint32_t> Desktop::area(int left, int top, Size size) const
+{
+    enum { HEADER_SIZE = 0, WIDTH = 4, HEIGHT = 5, PIXEL_BITS = 11, LINE_BYTES = 12, COLOURS = 19 };
     const std::string file = file_text(place + "/Xvfb_screen0");
     if (heading(file, PIXEL_BITS) != 32) {
         throw std::runtime_error("the screen has no 32 bits a pixel");

@@ -58,6 +58,9 @@ class Desktop
 
     /// The client pixels of a window, as 0xRRGGBB from its upper left corner, as they stand now.
     std::vector<std::uint32_t> pixels(const std::string& window) const;
+    /// The same, but the pointer is moved to find the very corner of what lies inside the frame, and
+    /// then away: the place that a window tells of itself can be off by the frame.
+    std::vector<std::uint32_t> exact_pixels(const std::string& window) const;
     /// How many different colours a window shows.
     size_t colours(const std::string& window) const;
     Size client_size(const std::string& window) const;
@@ -79,6 +82,7 @@ class Desktop
     }
 
   private:
+    std::vector<std::uint32_t> area(int left, int top, Size size) const;
     void find_tools(Screens screens) const;
     void start_server(const std::vector<std::string>& words);
     void start_one_screen();
