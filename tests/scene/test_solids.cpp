@@ -265,14 +265,32 @@ TEST(Maze_calllist, neither_builds_nor_calls_what_is_out_of_the_view)
     EXPECT_EQ(calls_of(nest.root, &reaching, true), 2);
 }
 
-TEST(Maze_calllist, leaves_nothing_out_for_being_small)
+// A level far ahead, a fifth of a pixel large, whose middle is seen `part` of a pixel right of the
+// corner between four pixels.
+static i32 calls_of_a_speck(f64 part)
+{
+    World world;
+    const f64 pixel = 1000 / 80.0; // at this distance
+    const f64 x = part * pixel;
+    Maze* const sub = add_sub(world.root, world.node(x, x, -1000, 1));
+    add_node(sub, x, x, -1000, 0.1 * pixel);
+    finish_world(world.root);
+    picture_begin(&world.game);
+    const ListView from = {&world.game.view, 0};
+    return calls_of(world.root, &from, true);
+}
+
+TEST(Maze_calllist, leaves_out_what_is_small_only_between_the_middles_of_pixels)
 {
     open_window();
-    Nest nest;
-    picture_begin(&nest.game);
-    const ListView from = {&nest.game.view, 0};
-    nest.game.view.pixelsize = 10;
-    EXPECT_EQ(calls_of(nest.root, &from, true), 2);
+    gfx_set_fov(90, 0.1F, 1e5F);
+    EXPECT_EQ(calls_of_a_speck(0.0), 1);
+    EXPECT_EQ(calls_of_a_speck(0.3), 1);
+    EXPECT_EQ(calls_of_a_speck(0.45), 2);
+    EXPECT_EQ(calls_of_a_speck(0.5), 2);
+    EXPECT_EQ(calls_of_a_speck(0.55), 2);
+    EXPECT_EQ(calls_of_a_speck(0.7), 1);
+    open_window();
 }
 
 TEST(ballstick_plot, draws_the_cursor_half_as_large_again_as_a_node)
@@ -458,6 +476,22 @@ TEST(ballstick_plot, leaves_out_only_levels_that_paint_nothing)
     open_window();
     const Style style;
     const Difference d = compare_worlds({0, 5}, own_programs());
+    EXPECT_EQ(d.pixels, 0);
+    EXPECT_GT(d.painted, 100 * 1000);
+}
+
+TEST(ballstick_plot, leaves_out_only_levels_that_paint_nothing_in_a_skewed_frustum)
+{
+    open_window();
+    const Style style;
+    f32 projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    projection[8] = 0.4F;
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(projection);
+    glMatrixMode(GL_MODELVIEW);
+    const Difference d = compare_worlds({0, 5}, own_programs());
+    gfx_resize(160, 120);
     EXPECT_EQ(d.pixels, 0);
     EXPECT_GT(d.painted, 100 * 1000);
 }
