@@ -334,6 +334,35 @@ TEST(ballstick_plot, leaves_no_program_no_error_and_no_state_behind)
     }
 }
 
+TEST(ballstick_plot, has_no_seam_where_the_slices_meet)
+{
+    open_window();
+    const Style style;
+    World world;
+    const i32 from = world.node(-300, -20, -900, 30);
+    const i32 to = world.node(300, 20, -1100, 30);
+    Maze_join(world.root, from, to);
+    world.node(0, -60, -1001, 30); // a ball across the border
+    const Picture picture = world.draw();
+    i32 lit = 0;
+    for (i32 i = 0; i <= 200; i++) {
+        const f64 part = i / 200.0;
+        const f64 p[3] = {-300 + 600 * part, -20 + 40 * part, -900 - 200 * part};
+        const Place place = picture_place(&world.game, p);
+        lit += picture.black(static_cast<i32>(place.x), static_cast<i32>(place.y)) ? 0 : 1;
+    }
+    EXPECT_EQ(lit, 201);
+    const f64 radius = 80 * 30 / 1001.0; // pixels
+    const Place middle = {80, 60 - 80 * 60 / 1001.0};
+    for (i32 y = 0; y < 120; y++) {
+        for (i32 x = 0; x < 160; x++) {
+            if (std::hypot(x + 0.5 - middle.x, y + 0.5 - middle.y) < radius - 1) {
+                EXPECT_FALSE(picture.black(x, y)) << x << " " << y;
+            }
+        }
+    }
+}
+
 // Pixels of two pictures.
 struct Difference {
     i32 pixels = 0; // that differ
