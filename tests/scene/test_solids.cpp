@@ -265,14 +265,32 @@ TEST(Maze_calllist, neither_builds_nor_calls_what_is_out_of_the_view)
     EXPECT_EQ(calls_of(nest.root, &reaching, true), 2);
 }
 
-TEST(Maze_calllist, leaves_nothing_out_for_being_small)
+// A level far ahead, a fifth of a pixel large, whose middle is seen `part` of a pixel right of the
+// corner between four pixels.
+static i32 calls_of_a_speck(f64 part)
+{
+    World world;
+    const f64 pixel = 1000 / 80.0; // at this distance
+    const f64 x = part * pixel;
+    Maze* const sub = add_sub(world.root, world.node(x, x, -1000, 1));
+    add_node(sub, x, x, -1000, 0.1 * pixel);
+    finish_world(world.root);
+    picture_begin(&world.game);
+    const ListView from = {&world.game.view, 0};
+    return calls_of(world.root, &from, true);
+}
+
+TEST(Maze_calllist, leaves_out_what_is_small_only_between_the_middles_of_pixels)
 {
     open_window();
-    Nest nest;
-    picture_begin(&nest.game);
-    const ListView from = {&nest.game.view, 0};
-    nest.game.view.pixelsize = 10;
-    EXPECT_EQ(calls_of(nest.root, &from, true), 2);
+    gfx_set_fov(90, 0.1F, 1e5F);
+    EXPECT_EQ(calls_of_a_speck(0.0), 1);
+    EXPECT_EQ(calls_of_a_speck(0.3), 1);
+    EXPECT_EQ(calls_of_a_speck(0.45), 2);
+    EXPECT_EQ(calls_of_a_speck(0.5), 2);
+    EXPECT_EQ(calls_of_a_speck(0.55), 2);
+    EXPECT_EQ(calls_of_a_speck(0.7), 1);
+    open_window();
 }
 
 TEST(ballstick_plot, draws_the_cursor_half_as_large_again_as_a_node)
@@ -313,6 +331,35 @@ TEST(ballstick_plot, leaves_no_program_no_error_and_no_state_behind)
         EXPECT_EQ(program, 0);
         EXPECT_EQ(glIsEnabled(GL_BLEND), GL_FALSE);
         EXPECT_EQ(glIsEnabled(GL_DEPTH_TEST), GL_TRUE);
+    }
+}
+
+TEST(ballstick_plot, has_no_seam_where_the_slices_meet)
+{
+    open_window();
+    const Style style;
+    World world;
+    const i32 from = world.node(-300, -20, -900, 30);
+    const i32 to = world.node(300, 20, -1100, 30);
+    Maze_join(world.root, from, to);
+    world.node(0, -60, -1001, 30); // a ball across the border
+    const Picture picture = world.draw();
+    i32 lit = 0;
+    for (i32 i = 0; i <= 200; i++) {
+        const f64 part = i / 200.0;
+        const f64 p[3] = {-300 + 600 * part, -20 + 40 * part, -900 - 200 * part};
+        const Place place = picture_place(&world.game, p);
+        lit += picture.black(static_cast<i32>(place.x), static_cast<i32>(place.y)) ? 0 : 1;
+    }
+    EXPECT_EQ(lit, 201);
+    const f64 radius = 80 * 30 / 1001.0; // pixels
+    const Place middle = {80, 60 - 80 * 60 / 1001.0};
+    for (i32 y = 0; y < 120; y++) {
+        for (i32 x = 0; x < 160; x++) {
+            if (std::hypot(x + 0.5 - middle.x, y + 0.5 - middle.y) < radius - 1) {
+                EXPECT_FALSE(picture.black(x, y)) << x << " " << y;
+            }
+        }
     }
 }
 
@@ -458,6 +505,22 @@ TEST(ballstick_plot, leaves_out_only_levels_that_paint_nothing)
     open_window();
     const Style style;
     const Difference d = compare_worlds({0, 5}, own_programs());
+    EXPECT_EQ(d.pixels, 0);
+    EXPECT_GT(d.painted, 100 * 1000);
+}
+
+TEST(ballstick_plot, leaves_out_only_levels_that_paint_nothing_in_a_skewed_frustum)
+{
+    open_window();
+    const Style style;
+    f32 projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    projection[8] = 0.4F;
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(projection);
+    glMatrixMode(GL_MODELVIEW);
+    const Difference d = compare_worlds({0, 5}, own_programs());
+    gfx_resize(160, 120);
     EXPECT_EQ(d.pixels, 0);
     EXPECT_GT(d.painted, 100 * 1000);
 }

@@ -329,7 +329,7 @@ std::vector<std::uint32_t> Desktop::pixels(const std::string& window) const
                 {value_of(text, "Width"), value_of(text, "Height")});
 }
 
-std::vector<std::uint32_t> Desktop::exact_pixels(const std::string& window) const
+std::vector<std::uint32_t> Desktop::bare_pixels(const std::string& window) const
 {
     run("xdotool mousemove " + std::to_string(screen.width - 1) + " " +
         std::to_string(screen.height - 1) + " sleep 0.2"); // the pointer is seen in the picture

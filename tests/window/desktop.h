@@ -58,9 +58,8 @@ class Desktop
 
     /// The client pixels of a window, as 0xRRGGBB from its upper left corner, as they stand now.
     std::vector<std::uint32_t> pixels(const std::string& window) const;
-    /// The same, but the pointer is moved to find the very corner of what lies inside the frame, and
-    /// then away: the place that a window tells of itself can be off by the frame.
-    std::vector<std::uint32_t> exact_pixels(const std::string& window) const;
+    /// The same, with the pointer moved out of the picture first.
+    std::vector<std::uint32_t> bare_pixels(const std::string& window) const;
     /// How many different colours a window shows.
     size_t colours(const std::string& window) const;
     Size client_size(const std::string& window) const;
