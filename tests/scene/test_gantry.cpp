@@ -545,7 +545,7 @@ static void expect_plate(Walks* walks, const GantryPlate& plate, f64 side)
         for (i32 k = 0; k < 3; k++) {
             // the driver filters bytes in bytes, which shows where the texture is steep
             const f64 steep = range[1].c[k] - range[0].c[k];
-            const f64 step = (steep < 0.5 / 255 ? 2.001 : 3) / 255 + 3 * steep;
+            const f64 step = (steep < 0.5 / 255 ? 2.001 : 3) / 255 + 4 * steep;
             ASSERT_GT(seen[k], range[0].c[k] - step) << x << " " << y << " " << k;
             ASSERT_LT(seen[k], range[1].c[k] + step) << x << " " << y << " " << k;
             level += steep < 0.5 / 255 ? 1 : 0;
@@ -984,7 +984,10 @@ struct Nest {
     explicit Nest(u32 seed)
     {
         picture_open();
-        gfx_resize(64, 48);
+        gfx_resize(48, 36);
+        have_anisotropy = 0; // which costs the software renderer most of its time
+        gantry_tex = 0;
+        gantry_tnorm = 0;
         gfx_set_fov(90, 0.1F, 1000);
         plot_type = 1;
         std::mt19937 random(seed);
@@ -999,6 +1002,7 @@ struct Nest {
     ~Nest()
     {
         plot_type = 0;
+        have_anisotropy = -1;
         MazeGame_free(&game);
     }
     Nest(const Nest&) = delete;
@@ -1042,7 +1046,7 @@ TEST(gantry_culling, leaves_out_levels_without_changing_a_pixel)
 TEST(gantry_culling, builds_no_list_of_a_level_out_of_view)
 {
     i32 least = 31;
-    for (u32 view = 0; view < 10; view++) {
+    for (u32 view = 0; view < 5; view++) {
         Nest nest(1);
         nest.look(view);
         picture_draw(&nest.game);
