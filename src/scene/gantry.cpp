@@ -5,6 +5,7 @@
 #include "model/mazegame.h"
 #include "scene/colours.h"
 #include "scene/gantryparts.h"
+#include "scene/gantryreach.h"
 #include "scene/impostors.h"
 #include "scene/lighting.h"
 #include "scene/lists.h"
@@ -20,6 +21,7 @@ extern const char glsl_hextile_fs[];
 
 u32 gantry_tex = 0;   // written by maketextures
 u32 gantry_tnorm = 0; // written by maketextures
+bool gantry_everylevel = false;
 
 static GLuint plateprogram;   // 0 until first use of gantry_plot
 static GLuint hextileprogram; // 0 until first use of drawhextile
@@ -204,6 +206,25 @@ static void beginplates(const f64 lamp[3], bool lit, const LightRec* light)
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
+// Calls the lists of a level and of those below it, last node first, without those that can't touch the
+// picture. A walkway's corners stand off from their node by its radius and more where exits are close
+// together, so a level reaches beyond its draw sphere.
+static void calllevels(Maze* maze, const char* name, ListBuilder builder, const ViewRec* view)
+{
+    if (!gantry_everylevel && gantry_outofview(maze, view)) {
+        return;
+    }
+    const ListView from = {.view = gantry_everylevel ? nullptr : view,
+                           .reach = gantry_everylevel ? 0.0 : gantry_reach(maze)};
+    Maze_calllist(maze, name, builder, false, &from);
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        Maze* const sub = Maze_node(maze, n)->sub;
+        if (sub != nullptr) {
+            calllevels(sub, name, builder, view);
+        }
+    }
+}
+
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
 {
     maketextures();
@@ -211,13 +232,13 @@ void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* lig
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    Maze_calllist(root, "gantrylist", gantry_walkways, true, nullptr);
+    calllevels(root, "gantrylist", gantry_walkways, &game->view);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    Maze_calllist(root, "gantrylist_railings", gantry_railings, true, nullptr);
+    calllevels(root, "gantrylist_railings", gantry_railings, &game->view);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    Maze_calllist(root, "gantrylist_railballs", gantry_railballs, true, nullptr);
+    calllevels(root, "gantrylist_railballs", gantry_railballs, &game->view);
     program_use(0);
 }

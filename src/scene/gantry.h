@@ -2,7 +2,8 @@
 // steep ones. See gantryparts.h for what they consist of.
 //
 // Each level keeps three display lists with flags 3, "gantrylist", "gantrylist_railings" and
-// "gantrylist_railballs", built on first need, in this order. All levels are drawn, whatever their size.
+// "gantrylist_railballs", built on first need, in this order. Levels are drawn whatever their size; those
+// that can't touch the picture are left out, so that work and memory follow what can be seen.
 #pragma once
 
 #include "model/gamerec.h"
@@ -12,9 +13,12 @@
 /// 0 until the first plot makes them; kept for the life of the process.
 extern u32 gantry_tex, gantry_tnorm;
 
+/// Draws every level, in view or not: the same picture for more work. Off; for tests and measurements.
+extern bool gantry_everylevel;
+
 enum { GANTRY_TEXSIZE = 512 };
 
-/// Draws the world under the given daylight; `lit` hangs a lamp one unit above the player. Leaves
+/// Draws the world under the given daylight, as seen by the game's view record; `lit` hangs a lamp one unit above the player. Leaves
 /// blending off, the fixed pipeline and texture unit 0 current.
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light);
 
