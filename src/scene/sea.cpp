@@ -10,6 +10,7 @@
 #include <GL/glext.h>
 
 #include <cstdlib>
+#include <cstring>
 
 extern const char glsl_lighting[];
 extern const char glsl_waves[];
@@ -101,6 +102,15 @@ u32 mesh_make(f64 step)
     return list;
 }
 
+// Renderers in software claim anisotropy, but on a cube map seen in rough water they take seconds over it
+// and strew it with grey specks.
+static bool rendersinsoftware()
+{
+    const GLubyte* const name = glGetString(GL_RENDERER);
+    return name != nullptr &&
+           std::strstr(reinterpret_cast<const char*>(name), "llvmpipe") != nullptr;
+}
+
 static GLuint makecubemap()
 {
     GLuint name = 0;
@@ -116,7 +126,9 @@ static GLuint makecubemap()
     tex_make_mipmaps(GL_TEXTURE_CUBE_MAP);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    tex_set_anisotropy(GL_TEXTURE_CUBE_MAP);
+    if (!rendersinsoftware()) {
+        tex_set_anisotropy(GL_TEXTURE_CUBE_MAP);
+    }
     return name;
 }
 

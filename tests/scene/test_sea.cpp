@@ -285,6 +285,26 @@ TEST(sea_draw, binds_its_cube_map_and_ends_with_program_0)
     EXPECT_EQ(name, 0);
 }
 
+TEST(sea_draw, has_a_cube_map_with_the_best_filters_that_the_renderer_is_fit_for)
+{
+    Shore shore;
+    shore.sea();
+    GLint filter = 0;
+    glGetTexParameteriv(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, &filter);
+    EXPECT_EQ(filter, GL_LINEAR_MIPMAP_LINEAR);
+    glGetTexParameteriv(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAG_FILTER, &filter);
+    EXPECT_EQ(filter, GL_LINEAR);
+    f32 anisotropy = 0;
+    f32 best = 0;
+    glGetTexParameterfv(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAX_ANISOTROPY_EXT, &anisotropy);
+    glGetFloatv(GL_MAX_TEXTURE_MAX_ANISOTROPY_EXT, &best);
+    const char* const renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    EXPECT_EQ(anisotropy, std::strstr(renderer, "llvmpipe") != nullptr ? 1.0F : best);
+    GLint width = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_CUBE_MAP_NEGATIVE_Z, 9, GL_TEXTURE_WIDTH, &width);
+    EXPECT_EQ(width, 1);
+}
+
 TEST(seabed_draw, binds_no_cube_map_and_ends_with_program_0)
 {
     Shore shore;
