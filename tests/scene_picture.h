@@ -11,6 +11,7 @@
 #include "model/mazegame.h"
 #include "scene/scene.h"
 #include "scene/view.h"
+#include "text/nodefont.h"
 
 #include <GL/gl.h>
 
@@ -57,7 +58,16 @@ inline GLuint record_createprogram()
     return made_programs.back();
 }
 
-/// Opens the window of the test program, once, and notes what becomes of shaders.
+/// The fonts, as the program loads them.
+inline void picture_fonts()
+{
+    const NodeFontParams params = {0.125F, 0.25F, 1.0F, 0.625F};
+    NodeFontCharSet_load(nodefont_data, NODEFONT_LENGTH, "fmod", &params, 32, 3);
+    Font_make("fmod:scale=30%", "normal");
+    Font_select("normal");
+}
+
+/// Opens the window of the test program, once, with the program's fonts, and notes what becomes of shaders.
 inline void picture_open()
 {
     if (gfx_alive) {
@@ -70,6 +80,7 @@ inline void picture_open()
     gfx_open(640, 480, "test");
     view_install();
     shaders_load();
+    picture_fonts();
     next_createshader = gl_entry_points.CreateShader;
     next_shadersource = gl_entry_points.ShaderSource;
     next_createprogram = gl_entry_points.CreateProgram;

@@ -69,6 +69,12 @@ GL_COUNTED(void, glColor3d, (GLdouble r, GLdouble g, GLdouble b), (r, g, b),
            note(gl_count.now.colour, single(r), single(g), single(b), 1))
 GL_COUNTED(void, glColor3dv, (const GLdouble* v), (v),
            note(gl_count.now.colour, single(v[0]), single(v[1]), single(v[2]), 1))
+GL_COUNTED(void, glEnable, (GLenum what), (what), )
+GL_COUNTED(void, glDisable, (GLenum what), (what), )
+GL_COUNTED(void, glBlendFunc, (GLenum from, GLenum to), (from, to), )
+GL_COUNTED(void, glDepthMask, (GLboolean on), (on), )
+GL_COUNTED(void, glHint, (GLenum what, GLenum how), (what, how), )
+GL_COUNTED(void, glPointSize, (GLfloat size), (size), )
 GL_COUNTED(void, glLineWidth, (GLfloat width), (width), )
 GL_COUNTED(void, glCallList, (GLuint list), (list), )
 GL_COUNTED(void, glNewList, (GLuint list, GLenum mode), (list, mode), )

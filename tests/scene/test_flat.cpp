@@ -55,6 +55,7 @@ TEST(flat_plot, draws_a_near_node_as_a_rim_behind_and_a_core_before_it)
 TEST(flat_plot, draws_the_players_node_white)
 {
     FlatWorld world;
+    Maze_node(world.root, 0)->pos[2] = -10;
     const auto v = world.vertices();
     ASSERT_EQ(v.size(), 8U);
     EXPECT_EQ(colour_of(v[0]), 0xFFFFFFU);
@@ -193,6 +194,7 @@ TEST(flat_plot, takes_a_node_at_the_eye_without_a_number_that_is_none)
 TEST(flat_plot, makes_lines_smooth_only_while_that_is_switched_on)
 {
     FlatWorld world;
+    world.node(0, 0, -10, 1);
     gl_count.calls.clear();
     world.vertices();
     EXPECT_EQ(gl_count.calls["glLineWidth"], 2);
@@ -304,26 +306,28 @@ struct TwoIslands : FlatWorld {
     }
 };
 
-TEST(F_held, overlays_what_can_be_reached_in_blue_and_nothing_else)
+// Pixels within `reach` of a place at which two pictures differ in blue.
+static i32 changed_near(const Picture& a, const Picture& b, Place at, f64 reach)
+{
+    i32 changed = 0;
+    for (i32 y = 0; y < gfx_height; y++) {
+        for (i32 x = 0; x < gfx_width; x++) {
+            const bool near = std::hypot(x + 0.5 - at.x, y + 0.5 - at.y) < reach;
+            changed += near && a.at(x, y).b != b.at(x, y).b ? 1 : 0;
+        }
+    }
+    return changed;
+}
+
+TEST(F_held, overlays_what_can_be_reached_and_nothing_else)
 {
     TwoIslands world;
     const Picture before = picture_held(&world, "");
     const Picture after = picture_held(&world, "F");
     const f64 other[3] = {-4, 3, -20};
     const f64 lone[3] = {6, 0, -20};
-    const Place blue = picture_place(&world.game, other);
-    const Place same = picture_place(&world.game, lone);
-    const i32 bx = static_cast<i32>(blue.x);
-    const i32 by = static_cast<i32>(blue.y);
-    // the core of 0x0000FF is 0x0000BF, added to what lies behind by what the colour leaves
-    const f64 b = 0xBF / 255.0;
-    EXPECT_NEAR(after.at(bx, by).b, b + before.at(bx, by).b * (1 - b), 0.01);
-    EXPECT_NEAR(after.at(bx, by).r, before.at(bx, by).r, 0.01);
-    for (i32 dx = -12; dx <= 12; dx++) {
-        const i32 x = static_cast<i32>(same.x) + dx;
-        const i32 y = static_cast<i32>(same.y);
-        EXPECT_EQ(after.at(x, y).b, before.at(x, y).b);
-    }
+    EXPECT_GT(changed_near(before, after, picture_place(&world.game, other), 8), 60);
+    EXPECT_EQ(changed_near(before, after, picture_place(&world.game, lone), 12), 0);
 }
 
 TEST(F_held, leaves_the_maze_as_it_was)
@@ -357,17 +361,28 @@ TEST(F_held, shows_the_players_level_alone)
     EXPECT_EQ(blue, 8); // one ball, in the near slice alone
 }
 
-TEST(F_held, draws_over_the_flat_plot_in_the_same_run)
+TEST(F_held, adds_blue_to_the_flat_plot_in_the_same_run)
 {
     TwoIslands world;
     const Picture flat = picture_held(&world, "J");
     const Picture both = picture_held(&world, "JF");
     const f64 other[3] = {-4, 3, -20};
     const Place at = picture_place(&world.game, other);
-    const i32 x = static_cast<i32>(at.x);
-    const i32 y = static_cast<i32>(at.y);
-    EXPECT_NEAR(flat.at(x, y).r, 0x40 / 255.0, 1e-3);
-    EXPECT_GT(both.at(x, y).b, 0.74);
+    // the core of 0x0000FF is 0x0000BF, added to 0x404040 by what the colour leaves
+    const f64 b = 0xBF / 255.0;
+    const f64 grey = 0x40 / 255.0;
+    i32 blue = 0;
+    i32 all = 0;
+    for (i32 y = static_cast<i32>(at.y) - 2; y <= static_cast<i32>(at.y) + 2; y++) {
+        for (i32 x = static_cast<i32>(at.x) - 2; x <= static_cast<i32>(at.x) + 2; x++) {
+            EXPECT_NEAR(flat.at(x, y).b, grey, 1e-3);
+            EXPECT_NEAR(both.at(x, y).r, grey, 1e-3);
+            blue += std::fabs(both.at(x, y).b - (b + grey * (1 - b))) < 0.01 ? 1 : 0;
+            all++;
+        }
+    }
+    // the driver may round the same depth in two ways, with blending and without
+    EXPECT_GE(blue, all * 8 / 10);
 }
 
 TEST(F_held, works_where_the_player_stands_on_a_node_without_edges)

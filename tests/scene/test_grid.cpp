@@ -95,13 +95,13 @@ static Picture grid_from_above(i32 smooth, const f64 background[3])
     return picture_take();
 }
 
-// The brightest pixel about the place where the line x = 2 crosses row 110.
+// The brightest pixel about the place where the line x = 2 crosses row 140, between two others.
 static Rgb line_colour(const Picture& picture)
 {
     Rgb best = {0, 0, 0};
     const i32 at = static_cast<i32>(160 + 1.5 / 8 * 160);
     for (i32 x = at - 1; x <= at + 1; x++) {
-        const Rgb c = picture.at(x, 110);
+        const Rgb c = picture.at(x, 140);
         best = c.b > best.b ? c : best;
     }
     return best;

@@ -5,7 +5,6 @@
 #include "tests/scene_picture.h"
 #include "text/bitmapfonts.h"
 #include "text/drawtext.h"
-#include "text/nodefont.h"
 
 #include <cstdlib>
 
@@ -234,21 +233,8 @@ TEST(labels_draw, takes_a_name_of_any_length)
     EXPECT_EQ(world.quads().size(), 20000U);
 }
 
-// The typeface of the program, loaded once.
-static void load_fonts()
-{
-    picture_open();
-    static const NodeFontParams params = {0.125F, 0.25F, 1.0F, 0.625F};
-    static const Font* const font =
-        NodeFontCharSet_load(nodefont_data, NODEFONT_LENGTH, "fmod", &params, 32, 3);
-    (void)font;
-    Font_make("fmod:scale=30%", "normal");
-    Font_select("normal");
-}
-
 TEST(labels_draw_font, leaves_the_normal_font_current)
 {
-    load_fonts();
     NamedWorld world("a");
     world.draw();
     EXPECT_STREQ(font_current->name, "normal");
@@ -256,7 +242,6 @@ TEST(labels_draw_font, leaves_the_normal_font_current)
 
 TEST(labels_draw_font, shows_the_name_in_the_picture_over_the_maze)
 {
-    load_fonts();
     NamedWorld world("HHHH");
     world.game.pos.node = 1;
     const Picture named = world.draw();
