@@ -103,13 +103,11 @@ TEST(scene_draw, draws_the_discs_whatever_the_switches_say)
     world.node(0, 0, -10, 2);
     const Picture before = world.draw();
     plot_type = 2;
-    voronoi_on = 1;
     landscape_on = 1;
     light_on = 1;
     grid_on = 1;
     const Picture after = world.draw();
     plot_type = 0;
-    voronoi_on = 0;
     landscape_on = 0;
     light_on = 0;
     grid_on = 0;
