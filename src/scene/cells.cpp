@@ -135,8 +135,7 @@ struct Site {
 
 struct Sites {
     Site* site; // owned
-    i32*
-        first; // owned; the number of the first site of each bucket, and that of all behind the last
+    i32* first; // owned; where each bucket begins, and behind the last where it ends
     SpatialGrid grid;
 };
 

@@ -1,6 +1,8 @@
 #include "base/rnd.h"
 #include "generate/carve.h"
 #include "generate/grids.h"
+#include "generate/makemaze.h"
+#include "generate/stencils.h"
 #include "scene/colours.h"
 #include "scene/voronoistyles.h"
 #include "tests/emitted.h"
@@ -558,4 +560,58 @@ TEST(voronoi_relief, joins_without_a_step_where_four_cells_meet)
     for (const auto& [at, values] : heights) {
         EXPECT_EQ(values.size(), 1U) << at.first << " " << at.second;
     }
+}
+
+// Worlds as the game makes them
+
+static void expectfinite(const Vertices& found)
+{
+    i32 bad = 0;
+    for (const GlVertex& vertex : found) {
+        for (i32 k = 0; k < 3; k++) {
+            bad += std::isfinite(vertex.pos[k]) && std::isfinite(vertex.normal[k]) ? 0 : 1;
+        }
+    }
+    EXPECT_EQ(bad, 0);
+}
+
+// Every style of a level and of some of those below; returns how many vertices that took.
+static size_t drawlevels(Maze* maze, const MazeGame* game, i32* budget)
+{
+    voronoi_build(maze, true);
+    const VoronoiLevel level = {maze, static_cast<VoronoiCells*>(Maze_attachment(maze, "voronoi")),
+                                game};
+    size_t sum = 0;
+    const auto draw = [&](auto style) {
+        const Vertices found = emitted(style);
+        expectfinite(found);
+        sum += found.size();
+    };
+    draw([&] { voronoi_outline(&level); });
+    draw([&] { voronoi_terraces(&level, true); });
+    draw([&] { voronoi_relief(&level); });
+    draw([&] { voronoi_walls(&level); });
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        Maze* const sub = Maze_node(maze, n)->sub;
+        if (sub != nullptr && *budget > 0) {
+            *budget -= Maze_count(sub);
+            sum += drawlevels(sub, game, budget);
+        }
+    }
+    return sum;
+}
+
+TEST(voronoi_styles, give_nothing_but_numbers_in_worlds_of_every_kind)
+{
+    stencil_progress_to_stderr = true;
+    for (i32 kind = 0; kind < MAKEMAZE_KINDS; kind++) {
+        MazeGame game = {};
+        rnd_seed(static_cast<u32>(kind) + 40);
+        makemaze_forced_kind = kind;
+        MazeGame_new(&game, 0);
+        i32 budget = 300;
+        EXPECT_GT(drawlevels(game.root, &game, &budget), 0U) << kind;
+        MazeGame_free(&game);
+    }
+    makemaze_forced_kind = -1;
 }
