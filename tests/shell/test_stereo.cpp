@@ -50,6 +50,14 @@ static std::vector<Shown> shown_frames(Session* session, i32 n)
     return frames;
 }
 
+// A window of a size, with nothing written over the scene.
+static bool start_bare(Session* session, i32 width, i32 height)
+{
+    const bool started = session->start_framed(width, height);
+    session->driver.hud_mode = 3;
+    return started;
+}
+
 // The player at the origin, seen from straight above, and one node that stands `height` nearer to the eye,
 // with no way between.
 static void leave_two(const Folder& folder, f64 height)
@@ -100,7 +108,7 @@ TEST(stereo_frames, show_both_eyes_the_same_at_the_distance_of_the_player)
     Session session;
     leave_two(session.folder, 0);
     session.folder.write("config.txt", "Stereo mode: 2\nStereo Depth: 0.1\n");
-    ASSERT_TRUE(session.start_framed(400, 240));
+    ASSERT_TRUE(start_bare(&session, 400, 240));
     const Shown shown = shown_frames(&session, 1).at(0);
     EXPECT_NEAR(parallax_of_player(shown), 0, 0.6);
     EXPECT_NEAR(parallax_of_other(shown), 0, 0.6);
@@ -113,7 +121,7 @@ TEST(stereo_frames, set_the_eyes_apart_by_the_distance_of_the_player)
     Session session;
     leave_two(session.folder, 10);
     session.folder.write("config.txt", "Stereo mode: 2\nStereo Depth: 0.1\n");
-    ASSERT_TRUE(session.start_framed(400, 240));
+    ASSERT_TRUE(start_bare(&session, 400, 240));
     const Shown shown = shown_frames(&session, 1).at(0);
     const f64 focus = session.driver.game.campos[2] - session.driver.focus[2];
     EXPECT_GT(focus, 20);
@@ -129,7 +137,7 @@ TEST(stereo_frames, take_the_depth_below_zero_by_f5)
     for (i32 press = 0; press < 13; press++) {
         session.at(2 + 2 * press, SCRIPT_KEY_PRESS, KEY_F5);
     }
-    ASSERT_TRUE(session.start_framed(400, 240));
+    ASSERT_TRUE(start_bare(&session, 400, 240));
     const std::vector<Shown> frames = shown_frames(&session, 28);
     const f64 first = parallax_of_other(frames.front());
     EXPECT_GT(first, 3);
@@ -145,7 +153,7 @@ TEST(stereo_frames, change_the_depth_in_the_very_frame_of_the_key)
     session.folder.write("config.txt", "Stereo mode: 2\nStereo Depth: 0.3\n");
     session.at(2, SCRIPT_KEY_PRESS, KEY_F6);
     session.at(3, SCRIPT_KEY_PRESS, KEY_F5);
-    ASSERT_TRUE(session.start_framed(400, 240));
+    ASSERT_TRUE(start_bare(&session, 400, 240));
     const std::vector<Shown> frames = shown_frames(&session, 3);
     ASSERT_EQ(frames.size(), 3U);
     EXPECT_FALSE(frames[0] == frames[1]);
@@ -160,7 +168,7 @@ TEST(stereo_frames, exchange_the_halves_in_the_very_frame_of_f4)
     session.folder.write("config.txt", "Stereo mode: 2\nStereo Depth: 0.1\n");
     session.at(2, SCRIPT_KEY_PRESS, KEY_F4);
     session.at(4, SCRIPT_KEY_PRESS, KEY_F4); // once more, after it was up
-    ASSERT_TRUE(session.start_framed(400, 240));
+    ASSERT_TRUE(start_bare(&session, 400, 240));
     const std::vector<Shown> frames = shown_frames(&session, 4);
     ASSERT_EQ(frames.size(), 4U);
     i32 differing = 0;
@@ -184,7 +192,7 @@ static Shown first_frame(const std::string& settings, bool lines = false)
     if (lines) {
         session.at(1, SCRIPT_KEY_DOWN, 'I');
     }
-    EXPECT_TRUE(session.start_framed(160, 120));
+    EXPECT_TRUE(start_bare(&session, 160, 120));
     return shown_frames(&session, 1).at(0);
 }
 
@@ -225,7 +233,7 @@ TEST(stereo_frames, keep_the_size_of_the_window_after_each_draw)
         Session session;
         leave_line(session.folder);
         session.folder.write("config.txt", "Stereo mode: " + std::to_string(mode) + "\n");
-        ASSERT_TRUE(session.start_framed(161, 121));
+        ASSERT_TRUE(start_bare(&session, 161, 121));
         const std::vector<Shown> frames = shown_frames(&session, 2);
         EXPECT_EQ(frames.at(1).width, 161);
         EXPECT_EQ(frames.at(1).height, 121);
@@ -258,7 +266,7 @@ TEST(stereo_frames, bear_every_size_of_the_window_in_every_mode)
             frame += 2;
         }
     }
-    ASSERT_TRUE(session.start_framed(80, 60));
+    ASSERT_TRUE(start_bare(&session, 80, 60));
     shown_frames(&session, 18);
     const i32 textures = textures_there();
     shown_frames(&session, frame - 1 - 18);
@@ -275,7 +283,7 @@ TEST(stereo_frames, are_numbers_whatever_depth_the_settings_name)
             leave_line(session.folder);
             session.folder.write("config.txt", std::string("Stereo Depth: ") + depth +
                                                    "\nStereo mode: " + std::to_string(mode) + "\n");
-            ASSERT_TRUE(session.start_framed(64, 48));
+            ASSERT_TRUE(start_bare(&session, 64, 48));
             shown_frames(&session, 2);
             for (const f64 number : session.driver.game.view.modelview) {
                 EXPECT_TRUE(std::isfinite(number)) << depth << " " << mode;
@@ -295,7 +303,7 @@ static std::string mode_left(const std::string& mode, i32 presses)
     for (i32 press = 0; press < presses; press++) {
         session.at(2 + 2 * press, SCRIPT_KEY_PRESS, KEY_F3);
     }
-    EXPECT_TRUE(session.start_framed());
+    EXPECT_TRUE(start_bare(&session, 64, 48));
     session.frames(3 + 2 * presses);
     session.stop();
     return setting(session.folder, key);

@@ -399,10 +399,11 @@ TEST(corvane_shot, shows_a_stereo_mode_as_the_program_does)
         const std::string number = std::to_string(mode);
         folder.write("config.txt",
                      "Stereo mode: " + number + "\nSwap stereo: Y\nStereo Depth: 0.2\n");
-        play(folder, "at 1 shot b.png\nat 2 close\n");
+        play(folder, "at 1 press Space\nat 3 press Space\nat 5 press Space\n" // no texts
+                     "at 6 shot b.png\nat 7 close\n");
         leave_line(folder);
         const Outcome outcome = shot_in(folder, "--world maze_save.dat --size 64x48 --out a.png "
-                                                "--clock 0.016666666666666666 --swap --depth 0.2 "
+                                                "--clock 0.1 --swap --depth 0.2 "
                                                 "--stereo " +
                                                     number);
         EXPECT_EQ(outcome.code, 0) << outcome.err;
