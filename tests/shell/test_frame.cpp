@@ -370,11 +370,7 @@ TEST(driver_frame, draws_no_scene_in_stereo_mode_9_and_f3_takes_it_to_1)
     std::vector<i32> modes;
     // a half of 25 rows has one in its middle, where the line of nodes is
     ASSERT_TRUE(session.start_framed(64, 50));
-<<<<<<< HEAD
     session.driver.hud_mode = HUD_NOTHING;
-=======
-    session.driver.hud_mode = 3; // nothing is written over the scene
->>>>>>> h-stereo
     session.atswap([&](i32) {
         drawn.push_back(lit_pixels() > 0);
         modes.push_back(session.driver.stereo_mode);
