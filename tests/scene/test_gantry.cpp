@@ -545,7 +545,7 @@ static void expect_plate(Walks* walks, const GantryPlate& plate, f64 side)
         for (i32 k = 0; k < 3; k++) {
             // the driver filters bytes in bytes, which shows where the texture is steep
             const f64 steep = range[1].c[k] - range[0].c[k];
-            const f64 step = (steep < 0.5 / 255 ? 2.001 : 3) / 255 + 3 * steep;
+            const f64 step = (steep < 0.5 / 255 ? 2.001 : 3) / 255 + 4 * steep;
             ASSERT_GT(seen[k], range[0].c[k] - step) << x << " " << y << " " << k;
             ASSERT_LT(seen[k], range[1].c[k] + step) << x << " " << y << " " << k;
             level += steep < 0.5 / 255 ? 1 : 0;
