@@ -5,11 +5,13 @@ varying vec3 across;
 varying vec3 beside;
 varying vec4 place;
 
-// Depth in the buffer of an eye-space z. The element [2][3] of a perspective is -1, its own inverse.
+// Depth in the buffer of an eye-space z, summed up so that one term alone is large. The element [2][3]
+// of a perspective is -1, its own inverse.
 float depthof(float z)
 {
-    float d = (proj[2][2] + proj[3][2] / z) * proj[2][3];
-    return clamp((gl_DepthRange.diff * d + gl_DepthRange.near + gl_DepthRange.far) * 0.5, 0.0, 1.0);
+    float half_range = 0.5 * gl_DepthRange.diff * proj[2][3];
+    float whole = half_range * proj[2][2] + 0.5 * (gl_DepthRange.near + gl_DepthRange.far);
+    return clamp(whole + half_range * proj[3][2] / z, 0.0, 1.0);
 }
 
 void main()

@@ -120,7 +120,7 @@ static bool cylinder(u32 colour, const f64 start[3], const f64 axis[3], f64 radi
     }
     colour4(colour);
     glTexCoord4f(at[0], at[1], at[2], r);
-    glNormal3fv(along);
+    glNormal3f(along[0], along[1], along[2]);
     return true;
 }
 

@@ -48,6 +48,8 @@ GL_COUNTED(void, glColor3fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], 1))
 GL_COUNTED(void, glColor4fv, (const GLfloat* v), (v),
            note(gl_count.now.colour, v[0], v[1], v[2], v[3]))
+GL_COUNTED(void, glColor4ub, (GLubyte r, GLubyte g, GLubyte b, GLubyte a), (r, g, b, a),
+           note(gl_count.now.colour, r / 255.0F, g / 255.0F, b / 255.0F, a / 255.0F))
 GL_COUNTED(void, glTexCoord2f, (GLfloat x, GLfloat y), (x, y), note(gl_count.now.tex, x, y, 0, 1))
 GL_COUNTED(void, glTexCoord3f, (GLfloat x, GLfloat y, GLfloat z), (x, y, z),
            note(gl_count.now.tex, x, y, z, 1))

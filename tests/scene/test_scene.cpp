@@ -96,19 +96,17 @@ TEST(scene_plot, takes_the_far_slice_from_1000_to_ten_million)
     EXPECT_EQ(ViewRec_sphereout(&world.game.view, far_thing, 100, world.game.view.pixelsize), 0);
 }
 
-TEST(scene_draw, draws_the_discs_whatever_the_switches_say)
+TEST(scene_draw, draws_the_discs_whatever_the_other_switches_say)
 {
     open_small();
     World world;
     world.node(0, 0, -10, 2);
     const Picture before = world.draw();
-    plot_type = 2;
     voronoi_on = 1;
     landscape_on = 1;
     light_on = 1;
     grid_on = 1;
     const Picture after = world.draw();
-    plot_type = 0;
     voronoi_on = 0;
     landscape_on = 0;
     light_on = 0;
