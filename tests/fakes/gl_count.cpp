@@ -73,3 +73,12 @@ GL_COUNTED(void, glMultMatrixd, (const GLdouble* m), (m), )
 GL_COUNTED(void, glTranslated, (GLdouble x, GLdouble y, GLdouble z), (x, y, z), )
 GL_COUNTED(void, glMatrixMode, (GLenum mode), (mode), )
 GL_COUNTED(void, glClear, (GLbitfield mask), (mask), )
+GL_COUNTED(void, glColor3f, (GLfloat r, GLfloat g, GLfloat b), (r, g, b),
+           note(gl_count.now.colour, r, g, b, 1))
+GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
+GL_COUNTED(void, glEnable, (GLenum what), (what), )
+GL_COUNTED(void, glDisable, (GLenum what), (what), )
+GL_COUNTED(void, glBlendFunc, (GLenum source, GLenum target), (source, target), )
+GL_COUNTED(void, glGetTexImage,
+           (GLenum target, GLint level, GLenum format, GLenum type, GLvoid* out),
+           (target, level, format, type, out), )
