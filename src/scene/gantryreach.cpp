@@ -86,6 +86,34 @@ f64 gantry_reach(Maze* maze)
     return *kept;
 }
 
+// The greatest value that a row of the clip matrix, with another one added by a factor, takes in a sphere.
+static f64 greatest(const f64 row[4], const f64 added[4], f64 factor, const f64 centre[3],
+                    f64 radius)
+{
+    f64 sum[4];
+    for (i32 i = 3; i >= 0; i--) {
+        sum[i] = row[i] + factor * added[i];
+    }
+    return vec3_dot(sum, centre) + sum[3] + radius * vec3_length(sum);
+}
+
+// By the matrix as it is, so that the skewed frustum of a stereo pair is no exception.
+static bool sphereout(const ViewRec* view, const f64 centre[3], f64 radius)
+{
+    const f64* const ahead = view->clip[3]; // the distance before the eye
+    const f64 nearest = -greatest(ahead, ahead, -2.0, centre, radius);
+    if (greatest(ahead, ahead, 0.0, centre, radius) < view->near || nearest > view->far) {
+        return true;
+    }
+    for (i32 i = 1; i >= 0; i--) {
+        if (greatest(ahead, view->clip[i], 1.0, centre, radius) < 0.0 ||
+            greatest(ahead, view->clip[i], -1.0, centre, radius) < 0.0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool gantry_outofview(Maze* maze, const ViewRec* view)
 {
     f64 centre[3];
@@ -96,5 +124,5 @@ bool gantry_outofview(Maze* maze, const ViewRec* view)
     const f64 size = std::fabs(centre[0]) + std::fabs(centre[1]) + std::fabs(centre[2]) +
                      std::fabs(view->eye[0]) + std::fabs(view->eye[1]) + std::fabs(view->eye[2]);
     const f64 rounding = 1e-5 * (size + reach);
-    return ViewRec_sphereout(view, centre, reach + rounding, 0.0) != 0;
+    return sphereout(view, centre, reach + rounding);
 }

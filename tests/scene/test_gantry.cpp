@@ -501,14 +501,14 @@ static Shown shown(const GantryPlate& plate, const Tiles& tiles, const Hit& at, 
 }
 
 // The least and the greatest of what a pixel may show, if its place on the texture is known to a
-// twentieth of a texel.
+// tenth of a texel.
 static void shown_range(Shown range[2], const GantryPlate& plate, const Tiles& tiles, Hit at,
                         f64 side, const Daylight& light, Vec lamp)
 {
     const Hit middle = at;
     for (i32 n = 0; n < 9; n++) {
-        at.u = middle.u + 0.05 / tile * (n % 3 - 1);
-        at.v = middle.v + 0.05 / tile * (n / 3 - 1);
+        at.u = middle.u + 0.1 / tile * (n % 3 - 1);
+        at.v = middle.v + 0.1 / tile * (n / 3 - 1);
         const Shown now = shown(plate, tiles, at, side, light, lamp);
         range[0] = n == 0 ? now : range[0];
         range[1] = n == 0 ? now : range[1];
