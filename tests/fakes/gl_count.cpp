@@ -117,11 +117,9 @@ GL_COUNTED(void, glMatrixMode, (GLenum mode), (mode), )
 GL_COUNTED(void, glClear, (GLbitfield mask), (mask), )
 GL_COUNTED(void, glColor3f, (GLfloat r, GLfloat g, GLfloat b), (r, g, b),
            note(gl_count.now.colour, r, g, b, 1))
-<<<<<<< HEAD
 GL_COUNTED(void, glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g, b, a),
            note(gl_count.now.colour, r, g, b, a))
 GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
 GL_COUNTED(void, glPushMatrix, (), (), )
 GL_COUNTED(void, glPopMatrix, (), (), )
 GL_COUNTED(GLenum, glGetError, (), (), )
-=======
