@@ -70,3 +70,98 @@ struct Level {
         return add_sub(maze, n);
     }
 };
+
+struct Vec {
+    f64 x, y, z;
+};
+
+inline Vec operator+(Vec a, Vec b)
+{
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+inline Vec operator-(Vec a, Vec b)
+{
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+
+inline Vec operator*(f64 k, Vec a)
+{
+    return {k * a.x, k * a.y, k * a.z};
+}
+
+inline f64 dot(Vec a, Vec b)
+{
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+inline Vec cross(Vec a, Vec b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+inline f64 length(Vec a)
+{
+    return std::sqrt(dot(a, a));
+}
+
+inline Vec vec(const f64* v)
+{
+    return {v[0], v[1], v[2]};
+}
+
+/// A world drawn as gantries, with the player on node 0 at the origin.
+struct Walks : World {
+    Walks()
+    {
+        picture_open();
+        gfx_resize(160, 120);
+        gfx_set_fov(90, 0.1F, 1000);
+        Maze_node(root, 0)->pos[2] = 0;
+        plot_type = 1;
+    }
+    ~Walks()
+    {
+        plot_type = 0;
+        light_on = 0;
+    }
+    Walks(const Walks&) = delete;
+    Walks& operator=(const Walks&) = delete;
+
+    i32 arm(i32 from, f64 x, f64 y, f64 z)
+    {
+        const i32 n = node(x, y, z, 0.5);
+        Maze_join(root, from, n);
+        return n;
+    }
+    // Three flat exits at the origin.
+    void crossing()
+    {
+        arm(0, 4, 0, 0);
+        arm(0, 0, 4, 0);
+        arm(0, -4, 0, 0);
+    }
+    // Node 1 holds a maze of one node in its place.
+    Maze* port()
+    {
+        const f64* const p = Maze_node(root, 1)->pos;
+        Maze* const sub = add_sub(root, 1);
+        add_node(sub, p[0], p[1], p[2], 0.5);
+        return sub;
+    }
+    void look(Vec eye, Vec target)
+    {
+        const f64 e[3] = {eye.x, eye.y, eye.z};
+        const f64 t[3] = {target.x, target.y, target.z};
+        look_at(&game, e, t);
+    }
+    // One depth slice alone, whose depth buffer stays.
+    Picture slice()
+    {
+        finish_world(root);
+        picture_begin(&game);
+        scene_plot(&game);
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+        return picture_take();
+    }
+};
