@@ -2,6 +2,7 @@
 
 #include "gfx/textures.h"
 #include "model/mazegame.h"
+#include "scene/anisotropy.h"
 #include "scene/lighting.h"
 #include "scene/skymap.h"
 #include "scene/view.h"
@@ -10,7 +11,6 @@
 #include <GL/glext.h>
 
 #include <cstdlib>
-#include <cstring>
 
 extern const char glsl_lighting[];
 extern const char glsl_waves[];
@@ -102,15 +102,6 @@ u32 mesh_make(f64 step)
     return list;
 }
 
-// Renderers in software claim anisotropy, but on a cube map seen in rough water they take seconds over it
-// and strew it with grey specks.
-static bool rendersinsoftware()
-{
-    const GLubyte* const name = glGetString(GL_RENDERER);
-    return name != nullptr &&
-           std::strstr(reinterpret_cast<const char*>(name), "llvmpipe") != nullptr;
-}
-
 static GLuint makecubemap()
 {
     GLuint name = 0;
@@ -126,9 +117,7 @@ static GLuint makecubemap()
     tex_make_mipmaps(GL_TEXTURE_CUBE_MAP);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    if (!rendersinsoftware()) {
-        tex_set_anisotropy(GL_TEXTURE_CUBE_MAP);
-    }
+    anisotropy_set(GL_TEXTURE_CUBE_MAP);
     return name;
 }
 
