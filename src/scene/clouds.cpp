@@ -94,8 +94,9 @@ void cloud_sheet(const f64 eye[3], f32 height, const f64 texoff[2], f32 texscale
     emitcorner(&place, s, -s);
     emitcorner(&place, s, s);
     emitcorner(&place, -s, s);
-    for (; s < limit; s *= 2) {
+    while (s < limit) {
         emitframe(&place, s, 2 * s);
+        s *= 2;
     }
 }
 

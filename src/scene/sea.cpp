@@ -45,15 +45,24 @@ static void vertex(f64 x, f64 y)
     glVertex2f(static_cast<f32>(x), static_cast<f32>(y));
 }
 
+static void emitcolumn(f64 x, f64 step)
+{
+    f64 y = -1;
+    while (y < inner_end) { // a running sum
+        vertex(x, y);
+        vertex(x + step, y);
+        vertex(x + step, y + step);
+        vertex(x, y + step);
+        y += step;
+    }
+}
+
 static void emitinner(f64 step)
 {
-    for (f64 x = -1; x < inner_end; x += step) { // forward: running sums
-        for (f64 y = -1; y < inner_end; y += step) {
-            vertex(x, y);
-            vertex(x + step, y);
-            vertex(x + step, y + step);
-            vertex(x, y + step);
-        }
+    f64 x = -1;
+    while (x < inner_end) {
+        emitcolumn(x, step);
+        x += step;
     }
 }
 
@@ -78,15 +87,22 @@ static void emitsides(f64 s, f64 t, f64 u, f64 v)
     vertex(-t, t * u);
 }
 
+static void emitring(f64 inner, f64 outer, f64 step)
+{
+    f64 u = -1;
+    while (u < inner_end) {
+        emitsides(inner, outer, u, u + step);
+        u += step;
+    }
+}
+
 static void emitrings(f64 step)
 {
     f64 outer = 1;
     do { // the last ring crosses the end
         const f64 inner = outer;
         outer = (1 + step) * inner;
-        for (f64 u = -1; u < inner_end; u += step) { // forward: a running sum
-            emitsides(inner, outer, u, u + step);
-        }
+        emitring(inner, outer, step);
     } while (outer < mesh_end);
 }
 
