@@ -1,6 +1,7 @@
 #include "scene/clouds.h"
 
 #include "gfx/textures.h"
+#include "scene/anisotropy.h"
 #include "scene/lighting.h"
 #include "scene/noise.h"
 
@@ -93,8 +94,9 @@ void cloud_sheet(const f64 eye[3], f32 height, const f64 texoff[2], f32 texscale
     emitcorner(&place, s, -s);
     emitcorner(&place, s, s);
     emitcorner(&place, -s, s);
-    for (; s < limit; s *= 2) {
+    while (s < limit) {
         emitframe(&place, s, 2 * s);
+        s *= 2;
     }
 }
 
@@ -105,7 +107,7 @@ static GLuint makenoise(f32 noisescale)
     glBindTexture(GL_TEXTURE_2D, name);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    tex_set_anisotropy(GL_TEXTURE_2D);
+    anisotropy_set(GL_TEXTURE_2D);
     u8* const bytes = noise_make(NOISE_SIZE, NOISE_SIZE, noisescale * 0.01F);
     tex_upload(GL_TEXTURE_2D, 1, NOISE_SIZE, NOISE_SIZE, bytes);
     std::free(bytes);

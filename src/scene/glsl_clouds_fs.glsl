@@ -3,17 +3,9 @@
 uniform sampler2D noise; // 128 by 128, repeating
 uniform float dewpoint; // above this value there is cloud
 
-// The noise at a place, half a texel off. Where a pixel covers 16 periods and more all filters come to the
-// mean of the image, which a step of a period a pixel gives as well: a renderer in software that gathers
-// its samples one by one would take seconds over it.
 float noiseat(float x, float y)
 {
-    vec2 p = vec2(x, y) + 0.5 / 128.0;
-    vec2 width = fwidth(p);
-    if (max(width.x, width.y) > 16.0) {
-        p = gl_FragCoord.xy;
-    }
-    return texture2D(noise, p).r;
+    return texture2D(noise, vec2(x, y) + 0.5 / 128.0).r; // half a texel
 }
 
 float cloudf(float x, float y)

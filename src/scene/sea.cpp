@@ -2,6 +2,7 @@
 
 #include "gfx/textures.h"
 #include "model/mazegame.h"
+#include "scene/anisotropy.h"
 #include "scene/lighting.h"
 #include "scene/skymap.h"
 #include "scene/view.h"
@@ -10,7 +11,6 @@
 #include <GL/glext.h>
 
 #include <cstdlib>
-#include <cstring>
 
 extern const char glsl_lighting[];
 extern const char glsl_waves[];
@@ -45,15 +45,24 @@ static void vertex(f64 x, f64 y)
     glVertex2f(static_cast<f32>(x), static_cast<f32>(y));
 }
 
+static void emitcolumn(f64 x, f64 step)
+{
+    f64 y = -1;
+    while (y < inner_end) { // a running sum
+        vertex(x, y);
+        vertex(x + step, y);
+        vertex(x + step, y + step);
+        vertex(x, y + step);
+        y += step;
+    }
+}
+
 static void emitinner(f64 step)
 {
-    for (f64 x = -1; x < inner_end; x += step) { // forward: running sums
-        for (f64 y = -1; y < inner_end; y += step) {
-            vertex(x, y);
-            vertex(x + step, y);
-            vertex(x + step, y + step);
-            vertex(x, y + step);
-        }
+    f64 x = -1;
+    while (x < inner_end) {
+        emitcolumn(x, step);
+        x += step;
     }
 }
 
@@ -78,15 +87,22 @@ static void emitsides(f64 s, f64 t, f64 u, f64 v)
     vertex(-t, t * u);
 }
 
+static void emitring(f64 inner, f64 outer, f64 step)
+{
+    f64 u = -1;
+    while (u < inner_end) {
+        emitsides(inner, outer, u, u + step);
+        u += step;
+    }
+}
+
 static void emitrings(f64 step)
 {
     f64 outer = 1;
     do { // the last ring crosses the end
         const f64 inner = outer;
         outer = (1 + step) * inner;
-        for (f64 u = -1; u < inner_end; u += step) { // forward: a running sum
-            emitsides(inner, outer, u, u + step);
-        }
+        emitring(inner, outer, step);
     } while (outer < mesh_end);
 }
 
@@ -100,15 +116,6 @@ u32 mesh_make(f64 step)
     glEnd();
     glEndList();
     return list;
-}
-
-// Renderers in software claim anisotropy, but on a cube map seen in rough water they take seconds over it
-// and strew it with grey specks.
-static bool rendersinsoftware()
-{
-    const GLubyte* const name = glGetString(GL_RENDERER);
-    return name != nullptr &&
-           std::strstr(reinterpret_cast<const char*>(name), "llvmpipe") != nullptr;
 }
 
 static GLuint makecubemap()
@@ -126,9 +133,7 @@ static GLuint makecubemap()
     tex_make_mipmaps(GL_TEXTURE_CUBE_MAP);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    if (!rendersinsoftware()) {
-        tex_set_anisotropy(GL_TEXTURE_CUBE_MAP);
-    }
+    anisotropy_set(GL_TEXTURE_CUBE_MAP);
     return name;
 }
 
