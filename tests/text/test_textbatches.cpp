@@ -411,7 +411,7 @@ struct Pixels {
 // Saves the picture if its folder is asked for.
 static void keep(const Pixels& pixels, const std::string& name)
 {
-    const char* const folder = std::getenv("CORVANE_TEST_PICTURES");
+    const char* const folder = std::getenv("CORVANE_PICTURES");
     if (folder != nullptr) {
         static char why[5000];
         picture_write_png((std::string(folder) + "/" + name + ".png").c_str(), pixels.bytes.get(),
