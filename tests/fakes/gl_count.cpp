@@ -123,3 +123,5 @@ GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
 GL_COUNTED(void, glPushMatrix, (), (), )
 GL_COUNTED(void, glPopMatrix, (), (), )
 GL_COUNTED(GLenum, glGetError, (), (), )
+using GlText = const GLubyte*;
+GL_COUNTED(GlText, glGetString, (GLenum what), (what), )
