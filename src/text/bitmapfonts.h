@@ -62,6 +62,9 @@ void FontSpec_parse(FontSpec* spec, const char* description);
 /// The spec that a font's own fields give.
 FontSpec Font_spec(const Font* font);
 
+/// Sets maxw and fixedw from the widths of the cells.
+void Font_measurecells(Font* font);
+
 /// The font that is near enough to a spec, else a new variant of its base. Lent. Trusts `spec` to have a
 /// base and finite numbers.
 Font* Font_variant(const FontSpec* spec);
