@@ -2,8 +2,8 @@
 // scales.
 //
 // A variant is asked for by a description such as "fmod:scale=30%" or by a FontSpec; a font near enough
-// is taken before a new variant is made. Fonts live to the end of the process unless another placeholder
-// takes their name.
+// is taken before a new variant is made. Fonts live to the end of the process unless a placeholder takes
+// their name.
 #pragma once
 
 #include "base/growarray.h"
