@@ -47,12 +47,14 @@ void tex_set_anisotropy(GLenum target);
 /// glBlendEquation, looked up on first use. Does nothing, and returns false, where the driver lacks it.
 bool tex_blend_equation(GLenum mode);
 
-/// A new texture of random RGB pixels, repeating. Six draws a pixel, from the last pixel to the first.
+/// A new texture of random RGB pixels, repeating; it is left bound. Six draws a pixel, from the last pixel
+/// to the first.
 GLuint tex_noise(i32 width, i32 height);
 
 /// What draws a picture for tex_from_drawing: in pixels, the origin at the upper left, y down.
 using TexDrawing = void (*)(i32 width, i32 height, i32 a, void* b);
 
-/// Draws a picture, offscreen where the driver can, and makes it a repeating RGBA texture with mipmaps.
-/// Without framebuffer objects the picture can't be larger than the window.
+/// Draws a picture, offscreen where the driver can, and makes it a repeating RGBA texture with mipmaps,
+/// which is left bound. Without framebuffer objects the picture can't be larger than the window, and
+/// where the window has no alpha it is 1 all over.
 GLuint tex_from_drawing(TexDrawing draw, i32 a, void* b, i32 width, i32 height);

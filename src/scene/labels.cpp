@@ -115,7 +115,9 @@ static void drawname(const Maze* maze)
     }
     labelline(name, box.minx, box.maxy + 1.5 * s, box.minz, s);
     if (tail != nullptr && font_current != nullptr && font_current->height != 0) {
-        const f64 cells = static_cast<f64>(text_width(name)) / font_current->height;
+        // with its length: a name of a damaged file may end within a control sequence
+        const f32 width = text_width_bytes(name, std::strlen(name));
+        const f64 cells = static_cast<f64>(width) / font_current->height;
         *tail = '.';
         labelline(tail, box.minx + cells * s, box.maxy + 1.45 * s, box.minz, 0.5 * s);
     }

@@ -109,7 +109,7 @@ static void namevariant(Font* font)
     }
 }
 
-static void measurecells(Font* font)
+void Font_measurecells(Font* font)
 {
     font->maxw = 0;
     for (i32 i = FONT_CODES - 1; i >= 0; i--) {
@@ -129,7 +129,7 @@ static Font* newvariant(const FontSpec* spec)
     font->boldness = spec->boldness;
     font->basemark = 0;
     namevariant(font);
-    measurecells(font);
+    Font_measurecells(font);
     return font;
 }
 
@@ -278,7 +278,7 @@ Font* Font_placeholder(const char* name)
     font->xscale = 1.0F;
     font->yscale = 1.0F;
     font->basemark = FONT_BASEMARK;
-    measurecells(font);
+    Font_measurecells(font);
     GrowArray_push(&fonts, &font);
     if (hadcurrent && font_current == nullptr) {
         Font_use(font);

@@ -2,8 +2,8 @@
 // scales.
 //
 // A variant is asked for by a description such as "fmod:scale=30%" or by a FontSpec; a font near enough
-// is taken before a new variant is made. Fonts live to the end of the process unless another placeholder
-// takes their name.
+// is taken before a new variant is made. Fonts live to the end of the process unless a placeholder takes
+// their name.
 #pragma once
 
 #include "base/growarray.h"
@@ -61,6 +61,9 @@ void FontSpec_parse(FontSpec* spec, const char* description);
 
 /// The spec that a font's own fields give.
 FontSpec Font_spec(const Font* font);
+
+/// Sets maxw and fixedw from the widths of the cells.
+void Font_measurecells(Font* font);
 
 /// The font that is near enough to a spec, else a new variant of its base. Lent. Trusts `spec` to have a
 /// base and finite numbers.

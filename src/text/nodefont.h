@@ -85,7 +85,7 @@ void NodeFont_setbox(f32 box[4], const NodeFontCharSet* set, const NodeFontParam
 /// current. The font becomes current if none is. Lent.
 ///
 /// Fatal if the atlas doesn't fit in a texture, or if the table is damaged. Null where fatal reports
-/// return.
+/// return. Trusts the numbers to be positive and of a size whose pixels an i32 can count.
 Font* NodeFontCharSet_load(const u8* data, u32 length, const char* name,
                            const NodeFontParams* params, f32 scale, f32 margin);
 

@@ -202,15 +202,6 @@ static void makeatlas(const Atlas* atlas)
     glColor4fv(colour);
 }
 
-static u32 widest(const Font* font)
-{
-    u32 most = 0;
-    for (i32 code = FONT_CODES - 1; code >= 0; code--) {
-        most = font->cellw[code] > most ? font->cellw[code] : most;
-    }
-    return most;
-}
-
 static Font* newfont(const char* name, f32 margin)
 {
     Font* const font = static_cast<Font*>(calloc(1, sizeof(Font)));
@@ -275,8 +266,7 @@ static bool fillfont(Font* font, const NodeFontCharSet* set, const NodeFontParam
         return false;
     }
     makeatlas(&atlas);
-    font->maxw = widest(font);
-    font->fixedw = font->cellw[FONT_FIXEDLETTER] + 1;
+    Font_measurecells(font);
     return true;
 }
 

@@ -303,7 +303,9 @@ static void drawjoint(const Pen* pen, const NodeFontChar* shaped, const f32* tri
     const i32 n = neighbourangles(angles, nodes, &shaped->edges, node);
     if (n == 0) {
         drawdot(pen, at);
-    } else if (sharp && n == 1) {
+        return;
+    }
+    if (sharp && n == 1) {
         drawcap(pen, at, angles[0]);
         return;
     }
@@ -314,8 +316,7 @@ static void drawjoint(const Pen* pen, const NodeFontChar* shaped, const f32* tri
         if (sharp && half > pi / 2) {
             drawmitre(pen, at, a1, half);
         } else if (!sharp && half < straightcorner) {
-            drawround(pen, at, trims[node], a1,
-                      half); // one neighbour alone: the end is a half disc
+            drawround(pen, at, trims[node], a1, half); // of one neighbour alone: a half disc
         }
     }
 }

@@ -180,6 +180,26 @@ TEST(labels_draw, prints_a_name_from_its_second_dot_on_at_half_size)
     EXPECT_FLOAT_EQ(v[0].pos[1], 6.5F);
 }
 
+// Byte 5 begins a sequence of seven bytes, of which the first part of this name has but one.
+TEST(labels_draw, measures_no_control_sequence_past_the_second_dot)
+{
+    const WithFont font;
+    NamedWorld world("a.a\5.bbbbbaaaa");
+    const f64 width = static_cast<f64>(text_width("a.a")) / 40;
+    const auto v = world.quads();
+    ASSERT_EQ(v.size(), 4U * 14);
+    expect_place(v[size_t{4} * 4], -5 + width, 6.45, -50); // the second dot
+}
+
+TEST(labels_draw, measures_a_name_that_ends_in_a_control_byte)
+{
+    const WithFont font;
+    for (const std::string name : {"a.a\5.", "a.a\2.", "a.a.\5", "a.a.\2", "\5..", "a\5", "\5"}) {
+        NamedWorld world(name.c_str());
+        EXPECT_EQ(world.quads().size(), 4 * name.size());
+    }
+}
+
 TEST(labels_draw, shows_nothing_for_a_maze_of_one_row)
 {
     const WithFont font;

@@ -468,6 +468,24 @@ TEST(text_picture, has_the_colours_of_its_commands)
     EXPECT_NEAR(green, red, 20);
 }
 
+TEST(text_picture, shows_a_word_for_null_in_its_colour)
+{
+    const TextWindow window;
+    text_draw(50, 60, nullptr, 0x00FF00);
+    const Pixels shown;
+    glClear(GL_COLOR_BUFFER_BIT);
+    text_draw(50, 60, "NULL?", 0x00FF00);
+    const Pixels wanted;
+    EXPECT_GT(shown.painted(), 100);
+    i32 wrong = 0;
+    for (i32 i = gfx_width * gfx_height - 1; i >= 0; i--) {
+        const u8* const p = shown.at(i % gfx_width, i / gfx_width);
+        const u8* const q = wanted.at(i % gfx_width, i / gfx_width);
+        wrong += p[0] != 0 || p[2] != 0 || p[1] != q[1] ? 1 : 0;
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
 TEST(text_picture, wraps_left_of_its_edge)
 {
     const TextWindow window;
