@@ -30,8 +30,9 @@ void hud_makefonts();
 ///
 /// The projection must be the scene's, since its angle is one of the numbers. White text in the current
 /// font; what the scene has left switched on (fog, culling, alpha test, lighting) doesn't reach it, but
-/// the polygon mode does: while polygons are drawn as lines the quads of the letters are lines too. All
-/// state is left as it was found, but for the current colour; depth is written afterwards.
+/// the polygon mode does: while polygons are drawn as lines the quads of the letters are lines too, of
+/// which nothing is seen, since their edges lie where the atlas is empty. All state is left as it was
+/// found, but for the current colour; depth is written afterwards.
 ///
 /// The clock is shown as whole hours, minutes and seconds of an i32: what is beyond stays at its end,
 /// and what is no number is 0. A display is one batch, whatever it shows.

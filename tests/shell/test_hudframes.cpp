@@ -1,5 +1,6 @@
 // The displays and the screenshot key within whole frames.
 #include "gfx/screenshot.h"
+#include "gfx/stereo.h"
 #include "gfx/textures.h"
 #include "shell/hud.h"
 #include "tests/fakes/gl_count.h"
@@ -120,6 +121,67 @@ TEST(hud_in_frames, is_drawn_once_over_the_whole_window_in_every_stereo_mode)
         EXPECT_TRUE(
             std::equal(with.rgb.begin() + below, with.rgb.end(), without.rgb.begin() + below))
             << mode;
+    }
+}
+
+// The quads of letters become lines like every other, and their edges lie where the atlas is empty.
+TEST(hud_in_frames, is_back_once_I_is_up_again_in_every_stereo_mode)
+{
+    for (i32 mode = 0; mode <= 9; mode++) {
+        Watched watched;
+        watched.session.at(1, SCRIPT_KEY_DOWN, 'I');
+        watched.session.at(3, SCRIPT_KEY_UP, 'I');
+        ASSERT_TRUE(watched.start(("Stereo mode: " + std::to_string(mode) + "\n").c_str()));
+        watched.run(3);
+        EXPECT_EQ(read_line(watched.frames.at(1), 0, 0, 300), "") << mode;
+        EXPECT_EQ(read_line(watched.frames.at(2), 0, 0, 300), "Press Space for controls") << mode;
+    }
+}
+
+// What a scene shows.
+struct Style {
+    const char* name;
+    i32 plot, voronoi, landscape, light, grid;
+};
+static constexpr Style styles[] = {
+    {"discs", 0, 0, 0, 0, 0},     {"gantries", 1, 0, 0, 0, 0},  {"lit gantries", 1, 0, 0, 1, 0},
+    {"balls", 2, 0, 0, 0, 0},     {"lit balls", 2, 0, 0, 1, 0}, {"cells", 0, 1, 0, 0, 0},
+    {"landscape", 0, 0, 1, 1, 0}, {"grid", 0, 0, 0, 0, 1},
+};
+
+static void show_style(const Style& style)
+{
+    plot_type = style.plot;
+    voronoi_on = style.voronoi;
+    landscape_on = style.landscape;
+    light_on = style.light;
+    grid_on = style.grid;
+}
+
+TEST(hud_in_frames, bears_what_every_style_leaves_in_every_stereo_mode)
+{
+    Session session;
+    leave_line(session.folder);
+    session.at(2, SCRIPT_KEY_DOWN, 'F');
+    ASSERT_TRUE(session.start_framed(160, 120));
+    Picture help; // on black, with whatever state a frame has left
+    session.atswap([&](i32) {
+        EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+        glClear(GL_COLOR_BUFFER_BIT);
+        hud_draw(&session.driver.game, HUD_HELP, 1.0 / 60);
+        help = back_buffer();
+    });
+    session.driver.stereo_mode = STEREO_MODES; // no scene at all
+    session.frames(1);
+    const Picture alone = help;
+    EXPECT_GT(alone.lit(), 1000);
+    for (const Style& style : styles) {
+        for (const i32 mode : {0, 1, 3, 5, 6}) {
+            show_style(style);
+            session.driver.stereo_mode = mode;
+            session.frames(1);
+            EXPECT_TRUE(help.rgb == alone.rgb) << style.name << " in mode " << mode;
+        }
     }
 }
 
