@@ -2,8 +2,9 @@
 // steep ones. See gantryparts.h for what they consist of.
 //
 // Each level keeps three display lists with flags 3, "gantrylist", "gantrylist_railings" and
-// "gantrylist_railballs", built on first need, in this order. Levels are drawn whatever their size; those
-// that can't touch the picture are left out, so that work and memory follow what can be seen.
+// "gantrylist_railballs", built on first need, in this order. Levels that can't touch the picture, since
+// they are out of view or between the middles of pixels, are left out, so that work and memory follow
+// what can be seen.
 #pragma once
 
 #include "model/gamerec.h"
@@ -18,8 +19,8 @@ extern bool gantry_everylevel;
 
 enum { GANTRY_TEXSIZE = 512 };
 
-/// Draws the world under the given daylight, as seen by the game's view record; `lit` hangs a lamp one unit above the player. Leaves
-/// blending off, the fixed pipeline and texture unit 0 current.
+/// Draws the world under the given daylight, as seen by the game's view record; `lit` hangs a lamp one
+/// unit above the player. Leaves blending off, the fixed pipeline and texture unit 0 current.
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light);
 
 /// Emit one level into the list being compiled: its floor (walkways, then the triangles of junctions),

@@ -45,12 +45,6 @@ using PlateSink = Sink<GantryTakePlate>;
 using BarSink = Sink<GantryTakeBar>;
 using BallSink = Sink<GantryTakeBall>;
 
-// White is drawn a little darker.
-static u32 drawncolour(u32 colour)
-{
-    return (colour & 0xFFFFFF) == 0xFFFFFF ? 0xFEFEFE : colour & 0xFFFFFF;
-}
-
 static void addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k)
 {
     out[0] = a[0] + b[0] * k;
@@ -87,7 +81,7 @@ static bool getjunction(Junction* out, Maze* maze, i32 n)
     for (i32 i = out->nexits - 1; i >= 0; i--) {
         out->nflat += isflat(&out->recs[i]) ? 1 : 0;
     }
-    out->colour = drawncolour(exit_colour(maze, out->node->rec.colour));
+    out->colour = colour_drawn(exit_colour(maze, out->node->rec.colour));
     return true;
 }
 
@@ -122,7 +116,7 @@ static bool getway(Way* out, const Junction* junction, i32 i)
     out->length = vec3_length(out->d);
     out->again = isagain(junction, target);
     const u32 colour = junction->visits[i].colour;
-    out->colour = drawncolour(target.maze == maze ? exit_colour(maze, colour) : colour);
+    out->colour = colour_drawn(target.maze == maze ? exit_colour(maze, colour) : colour);
     return true;
 }
 
@@ -210,9 +204,9 @@ static Way turned(const Way* way)
     return out;
 }
 
-// The two plates of an edge that is handled from both ends cover each other. Laid from different ends they
-// would close each other's holes, since the texture isn't the same from both, and flicker where depths
-// differ by a rounding. So the one that comes first is laid as the one that comes over it.
+// The two plates of an edge that is handled from both ends cover each other. Laid from different ends
+// they would close each other's holes, since the texture isn't the same from both, and flicker where
+// depths differ by a rounding. So the one that comes first is laid as the one that comes over it.
 static void makewalkway(const Way* way, const PlateSink* sink)
 {
     GantryPlate plate = {};

@@ -21,8 +21,17 @@ void main()
     mat4 p = gl_ProjectionMatrix;
     float near = p[3][2] / (p[2][2] - 1.0);
     float far = p[2][2] < -1.0 ? p[3][2] / (p[2][2] + 1.0) : 1e30;
-    vec3 ex = (gl_ModelViewMatrix * vec4(gl_MultiTexCoord0.xyz, 1.0)).xyz;
-    vec3 ea = mat3(gl_ModelViewMatrix) * gl_Normal;
+    // Told from the end that comes first along x, y or z: the same numbers whichever end it was given
+    // from, so that of two on one place the later one is seen, without a speckle of the other.
+    vec3 start = gl_MultiTexCoord0.xyz;
+    vec3 axis = gl_Normal;
+    float sense = axis.x != 0.0 ? axis.x : axis.y != 0.0 ? axis.y : axis.z;
+    if (sense < 0.0) {
+        start += axis;
+        axis = -axis;
+    }
+    vec3 ex = (gl_ModelViewMatrix * vec4(start, 1.0)).xyz;
+    vec3 ea = mat3(gl_ModelViewMatrix) * axis;
     float r = gl_MultiTexCoord0.w;
     gl_FrontColor = gl_Color;
     float aa = dot(ea, ea);

@@ -1,8 +1,10 @@
 #include "scene/impostors.h"
 
+#include "base/vec3.h"
 #include "gfx/gl/shaderprocs.h"
 #include "scene/colours.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 
@@ -105,13 +107,35 @@ void impostor_sphere(u32 colour, const f64 centre[3], f64 radius)
     corners();
 }
 
+// Rounds both ends to numbers of which the card can take the difference and add it again without a
+// rounding, so that an axis given from its other end is the same one there. Where both ends are about as
+// far from 0 these are the nearest numbers in single precision.
+static void roundends(f64 from[3], f64 to[3], const f64 start[3], const f64 axis[3])
+{
+    for (i32 i = 2; i >= 0; i--) {
+        const f64 end = start[i] + axis[i];
+        int exponent = 0;
+        std::frexp(std::fmax(std::fabs(start[i]), std::fabs(end)), &exponent);
+        const bool across = start[i] * end < 0.0; // one bit more lies between them
+        const i32 last = std::max(exponent, FLT_MIN_EXP) - FLT_MANT_DIG + (across ? 1 : 0);
+        const f64 step = std::ldexp(1.0, last);
+        from[i] = std::round(start[i] / step) * step;
+        to[i] = std::round(end / step) * step;
+    }
+}
+
 // All but the corners of a cylinder. False if there is nothing to draw.
 static bool cylinder(u32 colour, const f64 start[3], const f64 axis[3], f64 radius)
 {
     f32 at[3];
     f32 along[3];
     const f32 r = static_cast<f32>(std::fabs(radius));
-    if (!single(at, start) || !single(along, axis) || !std::isfinite(r)) {
+    f64 from[3];
+    f64 to[3];
+    f64 way[3];
+    roundends(from, to, start, axis);
+    vec3_sub(way, to, from);
+    if (!single(at, from) || !single(along, way) || !std::isfinite(r)) {
         return false;
     }
     const f32 square = along[0] * along[0] + along[1] * along[1] + along[2] * along[2];

@@ -28,6 +28,7 @@ struct ListView {
 ///
 /// A level whose draw sphere, wider by `reach`, is outside the four sides of the view or outside the
 /// depth slice, or lies between the middles of two rows or columns of pixels, is left out with all below
-/// it, and its list isn't built: it paints nothing. Nothing else is left out for being small. Builds in the middle of the run, in the program that is current.
+/// it, and its list isn't built: it paints nothing. Nothing else is left out for being small. Lists are
+/// built between the calls of others, in the program that is current.
 void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
                    const ListView* from);

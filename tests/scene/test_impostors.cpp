@@ -262,6 +262,7 @@ TEST(impostor, has_the_lit_colour_of_the_ray_tracer)
 // A camera at the origin that looks along -z.
 static Shot plain_shot(bool sphere, Vec at, Vec axis, f64 radius, bool far = false)
 {
+    picture_open(); // before a program is asked for
     return {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, far}, sphere, at, axis, radius};
 }
 
@@ -411,6 +412,35 @@ TEST(impostor_cylinder_twin, is_never_painted)
     impostors_end();
     program_use(0);
     EXPECT_EQ(picture_take().painted(), 0);
+}
+
+TEST(impostor_cylinder, draws_what_all_but_lies_in_an_axis_of_the_world)
+{
+    const i32 n = painted(plain_shot(false, {-1, 0, -5}, {2, 0, 0}, 1));
+    EXPECT_GT(n, 100);
+    EXPECT_EQ(painted(plain_shot(false, {-1, 1e-320, -5}, {2, 0, 0}, 1)), n);
+    EXPECT_EQ(painted(plain_shot(false, {-1, -1e-320, -5}, {2, 1e-310, 0}, 1)), n);
+}
+
+// A stick from either end: its places have as few bits in common as can be.
+TEST(impostor_cylinder, is_the_same_to_the_last_bit_from_either_end)
+{
+    std::mt19937 draws(7);
+    std::uniform_real_distribution<f64> any(-1, 1);
+    i32 n = 0;
+    for (i32 i = 0; i < 40; i++) {
+        Vec from = {3 * any(draws), std::pow(10, -(i % 5)) * any(draws), -6 + any(draws)};
+        const Vec to = {3 * any(draws), 2 * any(draws), i % 4 == 0 ? from.z : -6 + 3 * any(draws)};
+        from.y = i % 7 == 0 ? -0.0 : from.y;
+        const Shot there = plain_shot(false, from, to - from, 0.4);
+        const Shot back = plain_shot(false, to, from - to, 0.4);
+        const Buffers a = paint(there, cylinder_program());
+        const Buffers b = paint(back, cylinder_program());
+        EXPECT_TRUE(a.picture.bytes == b.picture.bytes) << i;
+        EXPECT_TRUE(a.depth == b.depth) << i;
+        n += painted_of(a);
+    }
+    EXPECT_GT(n, 40 * 100);
 }
 
 TEST(impostor, on_the_lamp_itself_has_bounded_light)
