@@ -122,8 +122,10 @@ static Maze* reachablecopy(Pos from)
     return copy;
 }
 
+// Gives everything one colour, whatever exits have been used.
 static void paint(Maze* maze, u32 colour)
 {
+    maze->exitsused = 0;
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         MazeNode* const node = Maze_node(maze, n);
         node->rec.colour = colour;

@@ -38,7 +38,15 @@ static f32 single(f64 x)
     }
 // NOLINTEND(bugprone-macro-parentheses)
 
+static void tell(const char* routine)
+{
+    if (gl_count.drawing != nullptr) {
+        gl_count.drawing(routine);
+    }
+}
+
 GL_COUNTED(void, glBegin, (GLenum kind), (kind), {
+    tell("glBegin");
     gl_count.openbatches++;
     if (gl_count.record) {
         gl_count.kinds.push_back(kind);
@@ -102,7 +110,7 @@ GL_COUNTED(void, glTexImage2D,
 GL_COUNTED(void, glGetTexImage,
            (GLenum target, GLint level, GLenum pixels, GLenum type, void* data),
            (target, level, pixels, type, data), )
-GL_COUNTED(void, glCallList, (GLuint list), (list), )
+GL_COUNTED(void, glCallList, (GLuint list), (list), tell("glCallList"))
 GL_COUNTED(void, glNewList, (GLuint list, GLenum mode), (list, mode), )
 GL_COUNTED(void, glEndList, (), (), )
 GL_COUNTED(GLuint, glGenLists, (GLsizei n), (n), )

@@ -21,7 +21,8 @@ struct GlCount {
     std::vector<GlVertex> vertices;
     std::vector<GLenum> kinds; // of the batches, with `record`
     GlVertex now = {};
-    i32 openbatches = 0; // glBegin less glEnd
+    i32 openbatches = 0;                            // glBegin less glEnd
+    void (*drawing)(const char* routine) = nullptr; // told before each glBegin and glCallList
 
     i32 total() const
     {

@@ -361,6 +361,29 @@ TEST(F_held, shows_the_players_level_alone)
     EXPECT_EQ(blue, 8); // one ball, in the near slice alone
 }
 
+TEST(F_held, is_blue_inside_a_level_whose_exits_have_been_used)
+{
+    FlatWorld world;
+    const i32 a = world.node(0, 0, -10, 2);
+    Maze* const sub = add_sub(world.root, a);
+    add_node(sub, 0, 0, -10, 1);
+    add_node(sub, 2, 0, -10, 1);
+    Maze_join(sub, 0, 1);
+    Maze_join(world.root, 0, a);
+    sub->exitsused = 1;
+    world.game.pos = {sub, 0};
+    gl_count.record = true;
+    gl_count.vertices.clear();
+    picture_held(&world, "F");
+    gl_count.record = false;
+    i32 blue = 0;
+    for (const GlVertex& v : gl_count.vertices) {
+        blue += colour_of(v) == 0x4040FF || colour_of(v) == 0x0000BF ? 1 : 0;
+    }
+    EXPECT_EQ(blue, 2 * 12 + 2 * 8); // two bands and two balls
+    EXPECT_EQ(sub->exitsused, 1U);
+}
+
 TEST(F_held, adds_blue_to_the_flat_plot_in_the_same_run)
 {
     TwoIslands world;
