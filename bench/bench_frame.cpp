@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
+#include <ctime>
 #include <vector>
 
 static void open_window()
@@ -37,6 +38,14 @@ static void open_window()
 static f64 seconds()
 {
     return std::chrono::duration<f64>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Time that this thread has computed, without waits for others.
+static f64 own_seconds()
+{
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<f64>(time.tv_sec) + static_cast<f64>(time.tv_nsec) * 1e-9;
 }
 
 static f64 median(std::vector<f64> values)
@@ -313,6 +322,60 @@ BENCHMARK(frame_of_a_world)
     ->ArgName("kind")
     ->Arg(0)
     ->Arg(5)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+// One frame, painted to the end; what this thread computed until the return of its last call goes to
+// `*calls`.
+static f64 time_of_frame(MazeGame* game, f64* calls)
+{
+    const f64 start = seconds();
+    const f64 own = own_seconds();
+    draw_frame(game);
+    *calls = own_seconds() - own;
+    glFinish();
+    return seconds() - start;
+}
+
+// A frame of the disc plot with what can be reached painted over it, as while F is held, beside one
+// without, in turn. The time shown is that of the frame with it, painted; `overlay_ms` is what is more
+// than without, `overlay_calls_ms` the part of that up to the return of the last call. The eye is so
+// many units high for each column of nodes, in hundredths: near enough for balls, or too far.
+static void frame_with_reachable(benchmark::State& state)
+{
+    open_window();
+    const i32 nx = static_cast<i32>(state.range(0));
+    MazeGame game = grid_game(nx, static_cast<i32>(state.range(1)));
+    game.campos[2] = nx * 0.01 * static_cast<f64>(state.range(2));
+    std::vector<f64> more;
+    std::vector<f64> morecalls;
+    f64 calls[2];
+    time_of_frame(&game, calls);
+    for (auto unused : state) {
+        (void)unused;
+        const f64 without = time_of_frame(&game, calls);
+        key_now['F'] = 0x80;
+        const f64 with = time_of_frame(&game, calls + 1);
+        key_now['F'] = 0;
+        state.SetIterationTime(with);
+        more.push_back(with - without);
+        morecalls.push_back(calls[1] - calls[0]);
+    }
+    const f64 nodes = Maze_count(game.root);
+    state.counters["nodes"] = nodes;
+    state.counters["overlay_ms"] = median(more) * 1e3;
+    state.counters["overlay_calls_ms"] = median(morecalls) * 1e3;
+    state.counters["us_a_node"] = median(more) * 1e6 / nodes;
+    MazeGame_free(&game);
+}
+BENCHMARK(frame_with_reachable)
+    ->ArgNames({"nx", "ny", "height"})
+    ->Args({50, 50, 4})
+    ->Args({125, 62, 4})
+    ->Args({50, 50, 40})
+    ->Args({125, 62, 40})
+    ->Args({50, 50, 400})
+    ->Args({125, 62, 400})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 

@@ -9,8 +9,8 @@
 #include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
 #include "gfx/screenshot.h"
-#include "gfx/textures.h"
 #include "gfx/stereo.h"
+#include "gfx/textures.h"
 #include "model/mazegame.h"
 #include "model/savefile.h"
 #include "scene/scene.h"
@@ -47,7 +47,14 @@ static const char help_text[] =
     "  --zoom F         distance of the eye, times that at the start of a game\n"
     "  --first-person   the eye at the player's place\n"
     "  --clock T        time of the game in seconds; by it what has been walked has its age\n"
-    "  --plot STYLE     discs\n"
+    "  --plot STYLE     discs (if left out), gantries, balls, or flat: the shapes of J held down\n"
+    "  --voronoi M      the map of cells in its style M, 0 to 5, in place of the plot\n"
+    "  --landscape      sky, land, sea and clouds\n"
+    "  --light          the lamp at the player's place\n"
+    "  --grid           the grid of scale\n"
+    "  --reachable      what can be reached in the player's level, in blue, as with F held down\n"
+    "  --lines          outlines in place of areas, as with I held down\n"
+    "  --sharp          lines that aren't smoothed, as after P\n"
     "  --hud N          what is written over it: 0 the prompt, 1 the help, 2 the statistics, of a\n"
     "                   frame of 1/60 second; nothing if left out\n"
     "  --stereo N       0 (if left out) to 8: the stereo mode, as in the settings\n"
@@ -73,6 +80,11 @@ struct Options {
     bool first_person;
     bool clock_given;
     f64 clock;
+    i32 plot;    // plot_type
+    bool flat;   // the flat shapes, with plot 0
+    i32 voronoi; // the style of the cells; negative: none
+    bool landscape, light, grid;
+    bool reachable, lines, sharp;
     i32 hud; // a HudMode
     i32 stereo;
     bool swap;
@@ -192,9 +204,60 @@ static bool taketrail(Options* options, const char* value)
            bad("--trail takes a number of steps, not '%s'", value);
 }
 
-static bool takeplot(Options* /*options*/, const char* value)
+static bool takeplot(Options* options, const char* value)
 {
-    return std::strcmp(value, "discs") == 0 || bad("--plot takes discs, not '%s'", value);
+    static const char* const names[] = {"discs", "gantries", "balls"}; // by plot_type
+    options->flat = std::strcmp(value, "flat") == 0;
+    options->plot = 0;
+    for (i32 i = 2; i >= 0; i--) {
+        if (std::strcmp(value, names[i]) == 0) {
+            options->plot = i;
+            return true;
+        }
+    }
+    return options->flat || bad("--plot takes discs, gantries, balls or flat, not '%s'", value);
+}
+
+static bool takevoronoi(Options* options, const char* value)
+{
+    return number_i32(value, 0, 5, &options->voronoi) ||
+           bad("--voronoi takes a number from 0 to 5, not '%s'", value);
+}
+
+static bool takelandscape(Options* options, const char* /*value*/)
+{
+    options->landscape = true;
+    return true;
+}
+
+static bool takelight(Options* options, const char* /*value*/)
+{
+    options->light = true;
+    return true;
+}
+
+static bool takegrid(Options* options, const char* /*value*/)
+{
+    options->grid = true;
+    return true;
+}
+
+static bool takereachable(Options* options, const char* /*value*/)
+{
+    options->reachable = true;
+    return true;
+}
+
+static bool takelines(Options* options, const char* /*value*/)
+{
+    options->lines = true;
+    return true;
+}
+
+static bool takesharp(Options* options, const char* /*value*/)
+{
+    options->sharp = true;
+    return true;
 }
 
 static bool takehud(Options* options, const char* value)
@@ -221,6 +284,13 @@ static const struct OptionForm {
     {"--first-person", false, takefirstperson},
     {"--clock", true, takeclock},
     {"--plot", true, takeplot},
+    {"--voronoi", true, takevoronoi},
+    {"--landscape", false, takelandscape},
+    {"--light", false, takelight},
+    {"--grid", false, takegrid},
+    {"--reachable", false, takereachable},
+    {"--lines", false, takelines},
+    {"--sharp", false, takesharp},
     {"--hud", true, takehud},
     {"--stereo", true, takestereo},
     {"--swap", false, takeswap},
@@ -442,8 +512,26 @@ static f64 aim(MazeGame* game, const Options* options)
     return vec3_dot(back, game->orient + 6);
 }
 
+// Sets what the keys of the program would have set, or hold down.
+static void setswitches(const Options* options)
+{
+    plot_type = options->plot;
+    voronoi_on = options->voronoi >= 0 ? 1 : 0;
+    if (voronoi_on != 0) {
+        voronoi_mode = options->voronoi;
+    }
+    landscape_on = options->landscape ? 1 : 0;
+    light_on = options->light ? 1 : 0;
+    grid_on = options->grid ? 1 : 0;
+    smooth_lines = options->sharp ? 0 : 1;
+    key_now['J'] = options->flat ? 0x80 : 0;
+    key_now['F'] = options->reachable ? 0x80 : 0;
+    glPolygonMode(GL_FRONT_AND_BACK, options->lines ? GL_LINE : GL_FILL);
+}
+
 static bool drawpicture(MazeGame* game, const Options* options)
 {
+    setswitches(options);
     const StereoView view = {.mode = options->stereo,
                              .swap = options->swap ? 1 : 0,
                              .depth = options->depth,
@@ -510,6 +598,7 @@ int main(int argc, char** argv)
     options.width = 864;
     options.height = 648;
     options.zoom = 1;
+    options.voronoi = -1;
     options.hud = HUD_NOTHING;
     options.depth = 0.05;
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {

@@ -9,6 +9,9 @@
 #include "scene/scene.h"
 #include "scene/view.h"
 
+#include <algorithm>
+#include <cmath>
+
 extern const char glsl_flatball_vs[];
 extern const char glsl_flatball_fs[];
 
@@ -60,6 +63,74 @@ static bool isnear(const MazeNode* node, const MazeGame* game)
 {
     f64 away[3];
     return towardeye(away, node, game) / node->radius < gfx_height / 2;
+}
+
+// The six sides of what this depth slice shows, as planes with unit normals that point inward. A view
+// without sides has none that are numbers, and nothing is beyond those.
+struct Sides {
+    f64 plane[6][4];
+    f64 eyesize; // how large the numbers are that the eye brings into the card's sums
+};
+
+static void setside(f64 plane[4], const f64 ahead[4], f64 widened, const f64 across[4], f64 sign)
+{
+    for (i32 i = 3; i >= 0; i--) {
+        plane[i] = widened * ahead[i] + sign * across[i];
+    }
+    const f64 length = vec3_length(plane);
+    for (i32 i = 3; i >= 0; i--) {
+        plane[i] /= length;
+    }
+}
+
+// Four pixels are left free about the picture: a line's width reaches into it from beyond. So is a
+// hundredth of the depth behind: that far the card's single precision moves the far end of a slice.
+static Sides sidesof(const ViewRec* view)
+{
+    Sides sides;
+    const f64 free = 8.0; // the picture is 2 wide
+    const f64 widened[3] = {1.0 + free / (view->viewport[1] - view->viewport[0]),
+                            1.0 + free / (view->viewport[3] - view->viewport[2]), 1.0 + 2e-6};
+    for (i32 i = 2; i >= 0; i--) {
+        setside(sides.plane[2 * i], view->clip[3], widened[i], view->clip[i], 1.0);
+        setside(sides.plane[2 * i + 1], view->clip[3], widened[i], view->clip[i], -1.0);
+    }
+    sides.eyesize = std::fabs(view->eye[0]) + std::fabs(view->eye[1]) + std::fabs(view->eye[2]);
+    return sides;
+}
+
+// Whether nothing of a ball can be painted. The card's single precision moves what it draws by some
+// millionths of the numbers that go into it.
+static bool unseen(const Sides* sides, const f64 c[3], f64 radius)
+{
+    const f64 size = sides->eyesize + std::fabs(c[0]) + std::fabs(c[1]) + std::fabs(c[2]) + radius;
+    const f64 reach = radius + 1e-5 * size;
+    for (i32 i = 5; i >= 0; i--) {
+        const f64* const plane = sides->plane[i];
+        if (vec3_dot(plane, c) + plane[3] < -reach) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// All that is drawn of a node, its bands left aside, is within 1.74 radii of its middle.
+static bool ballunseen(const Sides* sides, const MazeNode* node)
+{
+    return unseen(sides, node->pos, 1.75 * std::fabs(node->radius));
+}
+
+// The corners of a band are a radius before or behind its ends and at most one aside.
+static bool bandunseen(const Sides* sides, const MazeNode* a, const MazeNode* b)
+{
+    f64 middle[3];
+    f64 along[3];
+    vec3_sub(along, b->pos, a->pos);
+    for (i32 i = 2; i >= 0; i--) {
+        middle[i] = a->pos[i] + 0.5 * along[i];
+    }
+    const f64 wide = std::max(std::fabs(a->radius), std::fabs(b->radius));
+    return unseen(sides, middle, 0.5 * vec3_length(along) + 1.5 * wide);
 }
 
 // The bands of an edge have three strips, between these parts of the radius; the middle one stands
@@ -125,25 +196,28 @@ static void drawline(const MazeNode* node, const MazeNode* target, const MazeGam
     glVertex3dv(target->pos);
 }
 
-static void drawexits(Pos at, const MazeGame* game, bool alledges, EdgeDrawing draw)
+static void drawexits(Pos at, const MazeGame* game, const Sides* sides, bool alledges,
+                      EdgeDrawing draw)
 {
     Pos exits[POS_MAXEDGES];
     VisitRec recs[POS_MAXEDGES];
     for (i32 i = exits_list(at, alledges, exits, recs) - 1; i >= 0; i--) {
-        if (exits_drawn(at.maze, exits[i].maze)) {
+        if (exits_drawn(at.maze, exits[i].maze) &&
+            !bandunseen(sides, Pos_node(at), Pos_node(exits[i]))) {
             draw(Pos_node(at), Pos_node(exits[i]), game, rec_colour(&recs[i], at, exits[i], game));
         }
     }
 }
 
 // Draws the edges of the near nodes, or those of the far ones.
-static void drawedges(Maze* maze, const MazeGame* game, bool alledges, bool near)
+static void drawedges(Maze* maze, const MazeGame* game, const Sides* sides, bool alledges,
+                      bool near)
 {
     glBegin(near ? GL_QUADS : GL_LINES);
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         const MazeNode* const node = Maze_node(maze, n);
         if (node->sub == nullptr && isnear(node, game) == near) {
-            drawexits({maze, n}, game, alledges, near ? drawband : drawline);
+            drawexits({maze, n}, game, sides, alledges, near ? drawband : drawline);
         }
     }
     glEnd();
@@ -188,7 +262,7 @@ static void drawball(Pos at, const MazeGame* game)
               game->campos);
 }
 
-static void drawballs(Maze* maze, const MazeGame* game)
+static void drawballs(Maze* maze, const MazeGame* game, const Sides* sides)
 {
     if (flatprogram == 0) {
         flatprogram = program_make(glsl_flatball_vs, glsl_flatball_fs, nullptr, nullptr, nullptr);
@@ -197,7 +271,7 @@ static void drawballs(Maze* maze, const MazeGame* game)
     glBegin(GL_QUADS);
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         const MazeNode* const node = Maze_node(maze, n);
-        if (node->sub == nullptr && isnear(node, game)) {
+        if (node->sub == nullptr && !ballunseen(sides, node) && isnear(node, game)) {
             drawball({maze, n}, game);
         }
     }
@@ -205,12 +279,12 @@ static void drawballs(Maze* maze, const MazeGame* game)
     program_use(0);
 }
 
-static void drawfar(Maze* maze, const MazeGame* game, bool alledges)
+static void drawfar(Maze* maze, const MazeGame* game, const Sides* sides, bool alledges)
 {
     if (smooth_lines != 0) {
         gfx_smooth_on(false, 1.5F);
     }
-    drawedges(maze, game, alledges, false);
+    drawedges(maze, game, sides, alledges, false);
     if (smooth_lines != 0) {
         gfx_smooth_off();
     }
@@ -222,9 +296,10 @@ void flat_plot(Maze* maze, MazeGame* game, bool recursive)
         return;
     }
     labels_draw_font(maze, game, false);
-    drawedges(maze, game, recursive, true);
-    drawballs(maze, game);
-    drawfar(maze, game, recursive);
+    const Sides sides = sidesof(&game->view);
+    drawedges(maze, game, &sides, recursive, true);
+    drawballs(maze, game, &sides);
+    drawfar(maze, game, &sides, recursive);
     if (!recursive) {
         return;
     }

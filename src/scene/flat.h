@@ -5,7 +5,8 @@
 #include "model/gamerec.h"
 
 /// Draws a level with its name and, if `recursive`, all below, last node first; without, only its plain
-/// edges. A level out of the game's view is left out with all below it. Time linear in the nodes.
+/// edges. A level out of the game's view is left out with all below it, and of what it shows each ball, band
+/// and line that can't touch the picture of this depth slice. Time linear in the nodes.
 void flat_plot(Maze* maze, MazeGame* game, bool recursive);
 
 /// A billboard: a round disc of radius `r` about `p` that faces `eye`, in the program of the flat plot and

@@ -48,26 +48,6 @@ static void loadslice(f32 offset)
     glMatrixMode(GL_MODELVIEW);
 }
 
-static void drawslice(MazeGame* game, f32 offset)
-{
-    loadslice(offset);
-    glClear(GL_DEPTH_BUFFER_BIT);
-    scene_plot(game);
-}
-
-void scene_draw(MazeGame* game)
-{
-    LightRec light;
-    light_compute(game->time, &light);
-    if (landscape_on != 0) {
-        sky_draw(game, &light);
-    }
-    // far first: all of the near slice lies before all of the far one, and is painted over it
-    drawslice(game, slice_far_offset);
-    drawslice(game, slice_near_offset);
-    glClear(GL_DEPTH_BUFFER_BIT);
-}
-
 // What the maker of a state graph paints of the state that the player is in.
 static void drawstate(const MazeGame* game)
 {
@@ -122,29 +102,33 @@ static Maze* reachablecopy(Pos from)
     return copy;
 }
 
-// Gives everything one colour, whatever exits have been used.
-static void paint(Maze* maze, u32 colour)
+// A copy of the player's level with nothing but what can be reached from there, in blue, while F is
+// held; otherwise null. Owned by the caller.
+static Maze* bluecopy(const MazeGame* game)
 {
-    maze->exitsused = 0;
-    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        MazeNode* const node = Maze_node(maze, n);
-        node->rec.colour = colour;
-        for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
-            node->edgerec[i].colour = colour;
-        }
+    if (!key_held('F')) {
+        return nullptr;
+    }
+    Maze* const copy = reachablecopy(game->pos);
+    Maze_setcolour(copy, 0x0000FF);
+    copy->exitsused = 0; // blue inside a level of which exits have been used, too
+    return copy;
+}
+
+static void freecopy(Maze* copy)
+{
+    if (copy != nullptr) {
+        Maze_free(copy, false);
     }
 }
 
-// Paints what can be reached in the player's level over the picture, in blue.
-static void drawreachable(MazeGame* game)
+// Paints what can be reached over the picture.
+static void drawreachable(MazeGame* game, Maze* copy)
 {
-    Maze* const copy = reachablecopy(game->pos);
-    paint(copy, 0x0000FF);
     glEnable(GL_BLEND);
     glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_COLOR);
     flat_plot(copy, game, false);
     glDisable(GL_BLEND);
-    Maze_free(copy, false);
 }
 
 // The wind blows along y, 20 texels of the clouds a second.
@@ -156,7 +140,8 @@ static void drawclouds(const MazeGame* game, const LightRec* light)
     clouds_draw(eye, 0, wind, 128.0F, 1.5F, light);
 }
 
-void scene_plot(MazeGame* game)
+// `reachable` is what is painted over the maze, or null.
+static void plot(MazeGame* game, Maze* reachable)
 {
     ViewRec_get(&game->view);
     LightRec light;
@@ -166,8 +151,8 @@ void scene_plot(MazeGame* game)
     }
     drawmaze(game, &light);
     drawstate(game);
-    if (key_held('F')) {
-        drawreachable(game);
+    if (reachable != nullptr) {
+        drawreachable(game, reachable);
     }
     if (landscape_on != 0) { // after all solid matter: the sea blends over what lies below it
         sea_draw(game, light_on, &light, 0);
@@ -176,4 +161,33 @@ void scene_plot(MazeGame* game)
     if (grid_on != 0) {
         grid_draw(game);
     }
+}
+
+void scene_plot(MazeGame* game)
+{
+    Maze* const reachable = bluecopy(game);
+    plot(game, reachable);
+    freecopy(reachable);
+}
+
+static void drawslice(MazeGame* game, f32 offset, Maze* reachable)
+{
+    loadslice(offset);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    plot(game, reachable);
+}
+
+void scene_draw(MazeGame* game)
+{
+    LightRec light;
+    light_compute(game->time, &light);
+    if (landscape_on != 0) {
+        sky_draw(game, &light);
+    }
+    Maze* const reachable = bluecopy(game); // the same in both slices
+    // far first: all of the near slice lies before all of the far one, and is painted over it
+    drawslice(game, slice_far_offset, reachable);
+    drawslice(game, slice_near_offset, reachable);
+    freecopy(reachable);
+    glClear(GL_DEPTH_BUFFER_BIT);
 }

@@ -1,9 +1,13 @@
+#include "base/rnd.h"
+#include "model/connect.h"
 #include "model/maze.h"
 #include "model/pos.h"
 #include "scene/colours.h"
 #include "scene/flat.h"
 #include "tests/emitted.h"
 #include "tests/scene_picture.h"
+
+#include <bit>
 
 static constexpr f64 root_half = 0.70710678118654752;
 
@@ -15,10 +19,12 @@ struct FlatWorld : World {
         gfx_resize(320, 240);
         game.showtrail = 0;
     }
+    // All vertices, those that can't be seen among them: the view has lost its sides.
     std::vector<GlVertex> vertices(bool recursive = true)
     {
         finish_world(root);
         picture_begin(&game);
+        std::memset(game.view.clip, 0, sizeof game.view.clip);
         return emitted([&] { flat_plot(root, &game, recursive); });
     }
 };
@@ -176,6 +182,122 @@ TEST(flat_plot, leaves_out_a_level_that_is_out_of_view)
     FlatWorld world;
     Maze_node(world.root, 0)->pos[2] = 4000;
     EXPECT_TRUE(world.vertices().empty());
+}
+
+// Nodes of many sizes on all sides of the eye, some of them joined, and some that hold a maze.
+static void scatter(FlatWorld* world, u32 seed)
+{
+    rnd_seed(seed);
+    for (i32 i = 1; i < 120; i++) {
+        const f64 x = rnd(60) - 30;
+        const f64 y = rnd(60) - 30;
+        const f64 z = rnd(1) < 0.5 ? rnd(60) - 50 : rnd(300) - 1150; // 1000 is the slices' border
+        const f64 far = z < -100 ? 20 : 1;
+        const f64 radius = rnd(1) < 0.8 ? 0.7 : 0.05;
+        const i32 a = world->node(far * x, far * y, z, far * radius, 0x804020);
+        Maze_join(world->root, a, irand(a));
+        if (i % 17 == 0) {
+            Maze* const sub = add_sub(world->root, a);
+            for (i32 k = 0; k < 8; k++) { // as many as there can be ports
+                add_node(sub, far * x + k, far * y, z, 0.5);
+                if (k > 0) {
+                    Maze_join(sub, k - 1, k);
+                }
+            }
+        }
+    }
+}
+
+// The flat plot in the projection that is loaded, with what can't be seen or without.
+static Picture flat_picture(FlatWorld* world, bool recursive, bool all)
+{
+    picture_begin(&world->game);
+    ViewRec_get(&world->game.view);
+    if (all) {
+        std::memset(world->game.view.clip, 0, sizeof world->game.view.clip);
+    }
+    gl_count.record = true;
+    gl_count.vertices.clear();
+    flat_plot(world->root, &world->game, recursive);
+    gl_count.record = false;
+    return picture_take();
+}
+
+static void load_slice(u32 offset)
+{
+    f32 projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    projection[10] = std::bit_cast<f32>(0xBF80068BU);
+    projection[14] = std::bit_cast<f32>(offset);
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(projection);
+    glMatrixMode(GL_MODELVIEW);
+}
+
+static constexpr u32 slices[] = {0xC4FA0664U, 0xBE4CD209U}; // far, near
+
+TEST(flat_plot, leaves_out_nothing_that_can_be_seen)
+{
+    for (u32 seed = 1; seed <= 12; seed++) {
+        FlatWorld world;
+        scatter(&world, seed);
+        finish_world(world.root);
+        smooth_lines = static_cast<i32>(seed % 2);
+        glPolygonMode(GL_FRONT_AND_BACK, seed % 3 == 0 ? GL_LINE : GL_FILL);
+        for (const u32 slice : slices) {
+            load_slice(slice);
+            const Picture whole = flat_picture(&world, seed % 4 != 0, true);
+            const size_t vertices = gl_count.vertices.size();
+            const Picture seen = flat_picture(&world, seed % 4 != 0, false);
+            EXPECT_GT(whole.painted(), 20) << seed;
+            EXPECT_TRUE(whole.bytes == seen.bytes) << seed;
+            EXPECT_LT(gl_count.vertices.size(), vertices) << seed;
+        }
+    }
+    smooth_lines = 1;
+    glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+}
+
+// What of one node with a neighbour beside it is drawn in the near slice.
+static size_t vertices_seen(f64 x, f64 z, f64 distance)
+{
+    FlatWorld world;
+    const i32 a = world.node(x, 0, z, 1);
+    Maze_join(world.root, a, world.node(x + distance, 0, z, 1));
+    finish_world(world.root);
+    load_slice(slices[1]);
+    flat_picture(&world, true, false);
+    return gl_count.vertices.size();
+}
+
+TEST(flat_plot, leaves_out_balls_and_bands_beside_the_picture_and_behind_the_eye)
+{
+    EXPECT_EQ(vertices_seen(0, -10, 3), 2U * 8 + 2 * 12);
+    EXPECT_EQ(vertices_seen(0, -10, 30), 1U * 8 + 2 * 12); // one end is beside it
+    EXPECT_EQ(vertices_seen(20, -10, 3), 0U);
+    EXPECT_EQ(vertices_seen(-20, -10, -3), 0U);
+    EXPECT_EQ(vertices_seen(-20, -10, 40), 2U * 12); // a band right across
+    EXPECT_EQ(vertices_seen(0, 10, 3), 0U);
+}
+
+TEST(flat_plot, leaves_out_nothing_of_a_view_that_is_skewed)
+{
+    FlatWorld world;
+    scatter(&world, 20);
+    finish_world(world.root);
+    load_slice(slices[1]);
+    f32 projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    for (const f32 skew : {-0.8F, 0.8F}) { // as one eye of a pair has it
+        projection[8] = skew;
+        glMatrixMode(GL_PROJECTION);
+        glLoadMatrixf(projection);
+        glMatrixMode(GL_MODELVIEW);
+        const Picture whole = flat_picture(&world, true, true);
+        EXPECT_GT(whole.painted(), 100);
+        EXPECT_TRUE(whole.bytes == flat_picture(&world, true, false).bytes) << skew;
+    }
+    gfx_resize(320, 240);
 }
 
 TEST(flat_plot, takes_a_node_at_the_eye_without_a_number_that_is_none)
@@ -416,4 +538,52 @@ TEST(F_held, works_where_the_player_stands_on_a_node_without_edges)
     const f64 lone[3] = {6, 0, -20};
     const Place at = picture_place(&world.game, lone);
     EXPECT_GT(after.at(static_cast<i32>(at.x), static_cast<i32>(at.y)).b, 0.7);
+}
+
+// What is painted over a slice, made anew for it.
+static void plain_overlay(MazeGame* game)
+{
+    u8* const reached = Maze_reachable(game->pos.maze, game->pos.node);
+    Maze* const copy = Maze_clone(game->pos.maze, false);
+    for (i32 n = Maze_count(copy) - 1; n >= 0; n--) {
+        if (reached[n] == 0) {
+            Maze_delnode(copy, n, true);
+        }
+    }
+    std::free(reached);
+    Maze_setcolour(copy, 0x0000FF);
+    std::memset(game->view.clip, 0, sizeof game->view.clip);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_COLOR);
+    flat_plot(copy, game, false);
+    glDisable(GL_BLEND);
+    Maze_free(copy, false);
+}
+
+TEST(F_held, paints_what_a_copy_made_anew_for_each_slice_paints)
+{
+    for (u32 seed = 31; seed <= 38; seed++) {
+        FlatWorld world;
+        scatter(&world, seed);
+        for (i32 i = 40; i < 120; i += 3) {
+            const MazeNode* const node = Maze_node(world.root, i);
+            if (node->nedges > 0) {
+                Maze_unjoin(world.root, i, node->edges[0], true);
+            }
+        }
+        finish_world(world.root);
+        plot_type = seed % 2 == 0 ? 0 : 2;
+        picture_begin(&world.game);
+        for (const u32 slice : slices) {
+            load_slice(slice);
+            glClear(GL_DEPTH_BUFFER_BIT);
+            scene_plot(&world.game);
+            plain_overlay(&world.game);
+        }
+        const Picture plain = picture_take();
+        const Picture held = picture_held(&world, "F");
+        EXPECT_TRUE(plain.bytes == held.bytes) << seed;
+        EXPECT_FALSE(plain.bytes == picture_held(&world, "").bytes) << seed;
+    }
+    plot_type = 0;
 }

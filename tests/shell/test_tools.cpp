@@ -270,9 +270,11 @@ TEST(corvane_shot, prints_its_help)
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.err, "");
     for (const char* const part :
-         {"--world", "--seed", "--mode", "--kind", "--out", "--size", "--at", "--yaw", "--pitch",
-          "--zoom", "--first-person", "--clock", "--plot", "--stereo", "--swap", "--depth", "--hud",
-          "--trail"}) {
+         {"--world",        "--seed",  "--mode",      "--kind",    "--out",
+          "--size",         "--at",    "--yaw",       "--pitch",   "--zoom",
+          "--first-person", "--clock", "--plot",      "--stereo",  "--swap",
+          "--depth",        "--hud",   "--trail",     "--voronoi", "--landscape",
+          "--light",        "--grid",  "--reachable", "--lines",   "--sharp"}) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
     }
     EXPECT_EQ(folder.listing(), "");
@@ -307,8 +309,10 @@ TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {"--seed 1 --out a.png --hud 4", "--hud"},
         {"--seed 1 --out a.png --hud -1", "--hud"},
         {"--seed 1 --out a.png --hud help", "--hud"},
-        {"--seed 1 --out a.png --plot gantries", "--plot takes discs"},
-        {"--seed 1 --out a.png --landscape", "unknown option --landscape"},
+        {"--seed 1 --out a.png --plot cubes", "--plot takes discs, gantries, balls or flat"},
+        {"--seed 1 --out a.png --plot", "--plot needs a value"},
+        {"--seed 1 --out a.png --voronoi 6", "--voronoi takes a number from 0 to 5, not '6'"},
+        {"--seed 1 --out a.png --voronoi -1", "--voronoi"},
         {"--seed 1 --out a.png --stereo 9", "--stereo takes a number from 0 to 8, not '9'"},
         {"--seed 1 --out a.png --stereo -1", "--stereo"},
         {"--seed 1 --out a.png --stereo", "--stereo needs a value"},
@@ -421,6 +425,56 @@ TEST(corvane_shot, shows_one_eye_without_a_stereo_mode)
     EXPECT_EQ(line_picture(folder, "--pitch -1 --stereo 6 --depth 0.05").rgb, coloured);
     EXPECT_NE(line_picture(folder, "--pitch -1 --stereo 6 --depth 0.1").rgb, coloured);
     EXPECT_NE(line_picture(folder, "--pitch -1 --stereo 6 --swap").rgb, coloured);
+}
+
+// The keys of a script that lead to what an option of corvane-shot shows, all in place by frame 8.
+static const struct {
+    const char *option, *keys;
+} switches[] = {
+    {"--plot discs", ""},
+    {"--plot gantries", "at 1 press G\n"},
+    {"--plot balls", "at 1 press G\nat 3 press G\n"},
+    {"--plot flat", "at 7 hold J\n"},
+    {"--voronoi 5", "at 1 press V\n"},
+    {"--voronoi 1", "at 1 press V\nat 3 press M\nat 5 press M\n"},
+    {"--plot balls --light", "at 1 press G\nat 3 press G\nat 5 hold Shift\nat 5 press L\n"
+                             "at 6 release Shift\n"},
+    {"--grid", "at 1 hold Shift\nat 1 press G\nat 2 release Shift\n"},
+    {"--grid --sharp", "at 1 hold Shift\nat 1 press G\nat 2 release Shift\nat 3 press P\n"},
+    {"--reachable", "at 7 hold F\n"},
+    {"--plot flat --reachable", "at 7 hold J\nat 7 hold F\n"},
+    {"--lines", "at 7 hold I\n"},
+};
+
+TEST(corvane_shot, shows_each_style_and_switch_as_the_program_does)
+{
+    const Folder folder;
+    std::set<std::vector<u8>> pictures;
+    for (const auto& one : switches) {
+        SCOPED_TRACE(one.option);
+        leave_line(folder);
+        play(folder,
+             "at 1 press Space\nat 3 press Space\nat 5 press Space\n" // no texts
+             "at 8 shot b.png\nat 9 close\n" +
+                 std::string(one.keys),
+             "--size 96x72 --dt 0.125");
+        leave_line(folder);
+        const std::vector<u8> shot =
+            line_picture(folder, std::string("--clock 1 ") + one.option).rgb;
+        EXPECT_EQ(shot, read_png(folder.file("b.png")).rgb);
+        EXPECT_TRUE(pictures.insert(shot).second) << "as another one";
+    }
+}
+
+TEST(corvane_shot, paints_the_landscape_round_the_world)
+{
+    const Folder folder;
+    leave_line(folder);
+    const std::string ahead = "--first-person --pitch -1.5 ";
+    const Picture bare = line_picture(folder, ahead);
+    const Picture landscape = line_picture(folder, ahead + "--landscape");
+    EXPECT_LT(bare.lit(), 96 * 72 / 2);
+    EXPECT_GT(landscape.lit(), 96 * 72 * 9 / 10);
 }
 
 // How many columns of a picture hold a lit pixel.
