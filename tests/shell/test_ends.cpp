@@ -224,9 +224,8 @@ static void expect_signal_saves(int signal, const char* name)
         if (!ended.log.rows.empty()) {
             shown++;
             expect_goes_on(ended.log, ended.before);
-        } else if (i >= MOMENTS) {
-            start *= 1.2;
         }
+        start *= i >= MOMENTS ? 1.2 : 1.0;
         walked += ended.after.visits > ended.before.visits ? 1 : 0;
         EXPECT_GE(ended.after.time, ended.before.time);
         EXPECT_GE(ended.after.visits, ended.before.visits);
