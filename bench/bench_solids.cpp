@@ -1,9 +1,12 @@
 // Cost of the ball-and-stick plot: building the lists of a level, and a frame whose lists stand, as a
-// ratio to the plain way of either in the same run.
+// ratio to the plain way of either in the same run. Its cost in the nested grid of millions of nodes, of
+// which it lists what can be seen.
+#include "base/rnd.h"
 #include "base/vec3.h"
 #include "gfx/gfx_opengl.h"
 #include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
+#include "model/attachment.h"
 #include "model/drawsphere.h"
 #include "model/pos.h"
 #include "scene/colours.h"
@@ -15,7 +18,9 @@
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
+#include <unistd.h>
 #include <vector>
 
 static void open_window()
@@ -286,5 +291,89 @@ static void build(benchmark::State& state)
     Maze_free(maze, true);
 }
 BENCHMARK(build)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// What the nested grid costs: frames from the start of a game and from places inside.
+struct Levels {
+    i32 all;
+    i32 listed;
+};
+
+static void count_levels(Levels* levels, Maze* maze, const char* list)
+{
+    levels->all++;
+    levels->listed += Maze_attachment(maze, list) != nullptr ? 1 : 0;
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        Maze* const sub = Maze_node(maze, n)->sub;
+        if (sub != nullptr) {
+            count_levels(levels, sub, list);
+        }
+    }
+}
+
+// Memory in use, in millions of bytes.
+static f64 megabytes()
+{
+    long whole = 0;
+    long resident = 0;
+    FILE* const file = std::fopen("/proc/self/statm", "r");
+    if (file == nullptr || std::fscanf(file, "%ld %ld", &whole, &resident) != 2) {
+        resident = 0;
+    }
+    if (file != nullptr) {
+        std::fclose(file);
+    }
+    return static_cast<f64>(resident) * static_cast<f64>(sysconf(_SC_PAGESIZE)) * 1e-6;
+}
+
+// Beside the first node of the level that the numbers lead to, first its parent's, and so many of its
+// radii away.
+static void stand_in(MazeGame* game, u32 draw, f64 radii)
+{
+    Maze* maze = game->root;
+    const i32 depth = static_cast<i32>(draw % 5);
+    for (i32 level = 0; level < depth; level++) {
+        i32 n = static_cast<i32>(draw * 7919 % static_cast<u32>(Maze_count(maze)));
+        while (n > 0 && Maze_node(maze, n)->sub == nullptr) {
+            n--;
+        }
+        maze = Maze_node(maze, n)->sub != nullptr ? Maze_node(maze, n)->sub : maze;
+    }
+    const MazeNode* const node = Maze_node(maze, 0);
+    const f64 away[3] = {-1.0, -1.0, 0.7};
+    for (i32 i = 2; i >= 0; i--) {
+        game->campos[i] = node->pos[i] + radii * node->radius * away[i];
+    }
+}
+
+static void nested_grid(benchmark::State& state)
+{
+    open_window();
+    plot_type = 2;
+    rnd_seed(1);
+    MazeGame game;
+    MazeGame_new(&game, 1);
+    const f64 before = megabytes();
+    Levels levels = {};
+    f64 worst = 0.0;
+    for (auto unused : state) {
+        (void)unused;
+        const f64 start = seconds();
+        time_of_frame(&game, nullptr, nullptr);
+        state.SetIterationTime(seconds() - start);
+        for (u32 i = 0; i < 10; i++) { // nearer and nearer
+            stand_in(&game, i, 300.0 * std::pow(0.6, i));
+            const f64 then = seconds();
+            time_of_frame(&game, nullptr, nullptr);
+            worst = std::max(worst, seconds() - then);
+        }
+    }
+    count_levels(&levels, game.root, "ballstick_stickslist");
+    state.counters["worst_ms"] = worst * 1e3;
+    state.counters["levels"] = levels.all;
+    state.counters["listed"] = levels.listed;
+    state.counters["lists_MB"] = megabytes() - before;
+    MazeGame_free(&game);
+}
+BENCHMARK(nested_grid)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();
