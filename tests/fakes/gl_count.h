@@ -21,7 +21,8 @@ struct GlCount {
     std::vector<GlVertex> vertices;
     std::vector<GLenum> kinds; // of the batches, with `record`
     GlVertex now = {};
-    i32 openbatches = 0; // glBegin less glEnd
+    i32 openbatches = 0;              // glBegin less glEnd
+    GLenum hiddenerror = GL_NO_ERROR; // one that the sea would have cleared with its own
 
     i32 total() const
     {
