@@ -21,7 +21,7 @@
 /// which takes a few tenths of a second and draws numbers from the random stream.
 void sea_draw(MazeGame* game, i32 light_on, const LightRec* light, i32 coarse);
 
-/// Draws the land, opaque, lit alike.
+/// Draws the land, opaque, lit alike. The first call makes a mesh and the program.
 void seabed_draw(MazeGame* game, i32 light_on, const LightRec* light);
 
 /// A new display list with the sampling mesh: quads in the plane z = 0 in units of the eye's height. A

@@ -18,6 +18,14 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
     }
 }
 
+// The error that is there, by a call that isn't counted.
+static GLenum takeerror()
+{
+    static const auto next =
+        reinterpret_cast<decltype(&glGetError)>(dlsym(RTLD_NEXT, "glGetError"));
+    return gl_count.forward ? next() : static_cast<GLenum>(GL_NO_ERROR);
+}
+
 static f32 single(f64 x)
 {
     return static_cast<f32>(x);
@@ -89,7 +97,12 @@ GL_COUNTED(void, glColor3dv, (const GLdouble* v), (v),
            note(gl_count.now.colour, single(v[0]), single(v[1]), single(v[2]), 1))
 GL_COUNTED(void, glEnable, (GLenum what), (what), )
 GL_COUNTED(void, glDisable, (GLenum what), (what), )
-GL_COUNTED(void, glBlendFunc, (GLenum from, GLenum to), (from, to), )
+GL_COUNTED(void, glBlendFunc, (GLenum from, GLenum to), (from, to), {
+    if (from == GL_ALPHA) { // refused: whoever asks clears the error, and an earlier one with it
+        const GLenum earlier = takeerror();
+        gl_count.hiddenerror = earlier != GL_NO_ERROR ? earlier : gl_count.hiddenerror;
+    }
+})
 GL_COUNTED(void, glDepthMask, (GLboolean on), (on), )
 GL_COUNTED(void, glHint, (GLenum what, GLenum how), (what, how), )
 GL_COUNTED(void, glPointSize, (GLfloat size), (size), )

@@ -120,6 +120,22 @@ TEST(cloud_sheets, are_farthest_first_at_every_height)
     }
 }
 
+TEST(cloud_sheets, has_equal_ones_on_either_side_of_the_eye_where_their_order_isnt_seen)
+{
+    i32 found = 0;
+    for (f64 z = 0; z < 12000; z += 50) {
+        const std::vector<CloudSheet> sheets = sheets_at(z);
+        for (size_t i = 1; i < sheets.size(); i++) {
+            if (sheets[i - 1].distance == sheets[i].distance) {
+                EXPECT_EQ(static_cast<f64>(sheets[i - 1].height + sheets[i].height), 2 * z);
+                EXPECT_NE(sheets[i - 1].height, sheets[i].height);
+                found++;
+            }
+        }
+    }
+    EXPECT_GT(found, 3); // the middle of each layer, and between layers
+}
+
 // The corners that a sheet is made of.
 static std::vector<GlVertex> sheet_corners(const f64 eye[3], f32 height, f64 offx, f64 offy)
 {

@@ -69,6 +69,16 @@ TEST(light_compute, has_no_light_from_the_sky_at_midnight)
     }
 }
 
+TEST(light_compute, has_next_to_no_sunlight_at_any_height_at_midnight)
+{
+    const LightRec light = light_at(500);
+    for (i32 row = 0; row < 3; row++) {
+        EXPECT_FLOAT_EQ(light.sunrow[row][0], static_cast<f32>(std::exp(-20.0))) << row;
+        EXPECT_FLOAT_EQ(light.sunrow[row][1], static_cast<f32>(std::exp(-100.0))) << row;
+        EXPECT_FLOAT_EQ(light.sunrow[row][2], static_cast<f32>(std::exp(-200.0))) << row;
+    }
+}
+
 TEST(light_compute, is_finite_and_not_negative_at_every_second_of_the_day)
 {
     for (i32 t = 0; t < 1000; t++) {

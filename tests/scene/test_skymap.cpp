@@ -185,13 +185,13 @@ TEST(skymap_face, is_all_ground_below)
 }
 
 // The cube map that the sea has left bound, read by direction.
-static std::vector<Vec3> mirrored(const std::vector<Vec3>& directions)
+static std::vector<Vec3> mirrored(const std::vector<Vec3>& directions, f64 time = 0)
 {
     picture_open();
     gfx_resize(16, 12);
     World world;
     LightRec light;
-    light_compute(0, &light);
+    light_compute(time, &light);
     picture_begin(&world.game);
     sea_draw(&world.game, 0, &light, 1);
     static GLuint program;
@@ -252,8 +252,11 @@ TEST(sea_cubemap, shows_each_direction_as_it_is_sampled)
 
 TEST(sea_cubemap, is_whitest_toward_the_glare_whatever_the_sun)
 {
-    const std::vector<Vec3> got = mirrored({glare_axis, {-1, 0, 1}, {0, 0, 1}});
+    const std::vector<Vec3> directions = {glare_axis, {-1, 0, 1}, {0, 0, 1}, {0, 1, 1}};
+    const std::vector<Vec3> got = mirrored(directions);
     EXPECT_GT(got[0][0], 250);
     EXPECT_LT(got[1][0], 100);
     EXPECT_LT(got[2][0], 120);
+    EXPECT_LT(got[3][0], 120); // where the sun stands at noon
+    EXPECT_EQ(got, mirrored(directions, 500));
 }
