@@ -1,5 +1,5 @@
-// Cost of the disc plot: building the lists of a level anew, as each step of the player asks for, and
-// a frame whose lists stand.
+// Cost of the disc plot: building the lists of a level anew, as each step of the player asks for, a
+// frame whose lists stand, and one with what can be reached painted over it.
 #include "base/rnd.h"
 #include "generate/grids.h"
 #include "generate/makemaze.h"
@@ -266,8 +266,7 @@ BENCHMARK(frame_of_a_grid)
     ->Unit(benchmark::kMillisecond);
 
 // A frame with what can be reached painted over it, which is made anew in each slice; `area_ms` is what it
-// costs more than a frame without. With `cut` nothing but the
-// player's node can be reached.
+// costs more than a frame without. With `cut` nothing but the player's node can be reached.
 static void frame_with_area(benchmark::State& state)
 {
     open_window();

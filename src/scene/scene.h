@@ -20,8 +20,9 @@ extern i32 smooth_lines; // starts at 1
 void scene_draw(MazeGame* game);
 
 /// One run of the plot in the current projection: captures the view record into `game->view`, so that
-/// what is left out goes by this slice, and draws the world in the style of the switches. With the
-/// landscape on the land comes before it, and sea and clouds come last, so that the sea blends over all
-/// solid matter. In a state graph its maker's picture of the player's state is painted over it, at a tenth
-/// of the window's size from the upper left corner, in the size of a fortieth of its height.
+/// what is left out goes by this slice, and draws the world in the style of the switches. In a state
+/// graph its maker's picture of the player's state is painted over it, at a tenth of the window's size
+/// from the upper left corner, in the size of a fortieth of its height. While F is held, what can be
+/// reached in the player's level comes over that, in blue. With the landscape on the land comes before
+/// all, and sea and clouds after it, so that the sea blends over all solid matter; the grid is last.
 void scene_plot(MazeGame* game);

@@ -89,21 +89,27 @@ f64 voronoi_longest(const VoronoiLevel* level, i32 i)
     return most;
 }
 
-void voronoi_outline(const VoronoiLevel* level)
+static void outline(const VoronoiLevel* level, i32 i)
 {
-    glBegin(GL_LINES);
-    for (i32 i = cellcount(level) - 1; i >= 0; i--) {
-        const u32 colour = isdrawn(level, i) ? nodecolour(level, i) : 0;
-        const f64 z = nodeat(level, i)->pos[2];
-        for (i32 k = isdrawn(level, i) ? cornercount(level, i) - 1 : -1; k >= 0; k--) {
-            if (!hasside(level, i, k)) {
-                continue;
-            }
+    const u32 colour = nodecolour(level, i);
+    const f64 z = nodeat(level, i)->pos[2];
+    for (i32 k = cornercount(level, i) - 1; k >= 0; k--) {
+        if (hasside(level, i, k)) {
             const VoronoiVertex* const a = corner(level, i, k);
             const VoronoiVertex* const b = corner(level, i, k + 1);
             setcolour(colour, a->linked == 0 ? 0 : -SHADE);
             glVertex3d(a->x, a->y, z);
             glVertex3d(b->x, b->y, z);
+        }
+    }
+}
+
+void voronoi_outline(const VoronoiLevel* level)
+{
+    glBegin(GL_LINES);
+    for (i32 i = cellcount(level) - 1; i >= 0; i--) {
+        if (isdrawn(level, i)) {
+            outline(level, i);
         }
     }
     glEnd();

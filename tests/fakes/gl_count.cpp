@@ -143,6 +143,6 @@ GL_COUNTED(void, glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g,
 GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
 GL_COUNTED(void, glPushMatrix, (), (), )
 GL_COUNTED(void, glPopMatrix, (), (), )
-GL_COUNTED(GLenum, glGetError, (), (), )
 using GlText = const GLubyte*;
 GL_COUNTED(GlText, glGetString, (GLenum what), (what), )
+GL_COUNTED(GLenum, glGetError, (), (), )

@@ -47,6 +47,25 @@ TEST(grid_draw, begins_each_decade_on_a_multiple_of_its_half_width_and_holds_the
     }
 }
 
+TEST(grid_draw, is_the_same_wherever_one_looks)
+{
+    picture_open();
+    World world;
+    finish_world(world.root);
+    const f64 eyes[2][3] = {{5, 4, 60}, {-30, 70, 45}};
+    const f64 targets[2][3] = {{5, 4, 0}, {100, -90, 38}};
+    std::vector<GlVertex> grids[2];
+    for (i32 i = 0; i < 2; i++) {
+        look_at(&world.game, eyes[i], targets[i]);
+        picture_begin(&world.game);
+        grids[i] = emitted([&] { grid_draw(&world.game); });
+    }
+    ASSERT_EQ(grids[0].size(), grids[1].size());
+    for (size_t i = 0; i < grids[0].size(); i++) {
+        EXPECT_TRUE(std::equal(grids[0][i].pos, grids[0][i].pos + 4, grids[1][i].pos)) << i;
+    }
+}
+
 TEST(grid_draw, runs_from_blue_over_green_to_red)
 {
     const auto v = grid_of(0, 0, 0);

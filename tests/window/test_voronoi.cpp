@@ -1,34 +1,7 @@
 // The map of cells in the real window: V shows and hides it, M leads through its six styles.
-#include "tests/window/session.h"
-
-#include <vector>
+#include "tests/window/settled.h"
 
 using Map_of_cells = WindowTest;
-
-using Pixels = std::vector<std::uint32_t>;
-
-// The share of pixels in which two pictures differ.
-static double difference(const Pixels& a, const Pixels& b)
-{
-    size_t n = 0;
-    for (size_t i = 0; i < a.size() && i < b.size(); i++) {
-        n += a[i] != b[i] ? 1 : 0;
-    }
-    return static_cast<double>(n) / static_cast<double>(a.size());
-}
-
-// The picture once two in a row are nearly the same: the eye has come to rest.
-static Pixels settled(const Desktop& desktop, const Session& session)
-{
-    Pixels now = desktop.pixels(session.window());
-    wait_until(10, [&] {
-        sleep_for(0.3);
-        const Pixels before = now;
-        now = desktop.pixels(session.window());
-        return difference(before, now) < 0.001;
-    });
-    return now;
-}
 
 TEST_F(Map_of_cells, comes_with_V_and_goes_with_V)
 {
