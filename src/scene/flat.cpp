@@ -62,7 +62,8 @@ static f64 towardeye(f64 out[3], const MazeNode* node, const MazeGame* game)
 static bool isnear(const MazeNode* node, const MazeGame* game)
 {
     f64 away[3];
-    return towardeye(away, node, game) / node->radius < gfx_height / 2;
+    const i32 half = gfx_height / 2; // in whole pixels
+    return towardeye(away, node, game) / node->radius < half;
 }
 
 // The six sides of what this depth slice shows, as planes with unit normals that point inward. A view

@@ -23,7 +23,6 @@ struct GlCount {
     GlVertex now = {};
     i32 openbatches = 0;                            // glBegin less glEnd
     void (*drawing)(const char* routine) = nullptr; // told before each glBegin and glCallList
-    i32 openbatches = 0;                            // glBegin less glEnd
     GLenum hiddenerror = GL_NO_ERROR; // one that the sea would have cleared with its own
 
     i32 total() const

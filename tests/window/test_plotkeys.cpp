@@ -1,96 +1,277 @@
-// The keys that choose what is seen, in the real window: J and F while they are held, P, Shift+G, and G
-// under the map of cells.
-#include "tests/window/settled.h"
+// The keys that choose what is seen, in the real window, by what stands on the screen.
+#include "model/mazegame.h"
+#include "model/savefile.h"
+#include "tests/mazes.h"
+#include "tests/window/session.h"
 
-using Plot_keys = WindowTest;
+#include <vector>
 
-static Pixels while_held(const Desktop& desktop, const Session& run, const std::string& keys)
+using Pixels = std::vector<std::uint32_t>;
+
+static constexpr double same =
+    0.001; // share of pixels by which two pictures of the same may differ
+
+// Whether two colours differ clearly. The sun moves on between two pictures, and the light a little.
+static bool differ(std::uint32_t a, std::uint32_t b)
 {
-    std::string down = "xdotool";
-    std::string up = "xdotool";
-    for (const char key : keys) {
-        down += std::string(" keydown ") + key;
-        up += std::string(" keyup ") + key;
+    for (i32 shift = 16; shift >= 0; shift -= 8) {
+        const i32 more = static_cast<i32>(a >> shift & 0xFF) - static_cast<i32>(b >> shift & 0xFF);
+        if (more > 24 || more < -24) {
+            return true;
+        }
     }
-    desktop.run(down + " sleep 0.3");
-    const Pixels held = settled(desktop, run);
-    desktop.run(up + " sleep 0.3");
-    return held;
+    return false;
 }
 
-// How many pixels are clearly blue.
-static int blue(const Pixels& picture)
+// The share of pixels in which two pictures differ clearly.
+static double difference(const Pixels& a, const Pixels& b)
 {
-    int n = 0;
-    for (const std::uint32_t pixel : picture) {
-        const int r = static_cast<int>(pixel >> 16 & 0xFF);
-        const int g = static_cast<int>(pixel >> 8 & 0xFF);
-        const int b = static_cast<int>(pixel & 0xFF);
-        n += b > r + 50 && b > g + 50 ? 1 : 0;
+    size_t n = a.size() == b.size() ? 0 : a.size();
+    for (size_t i = 0; i < a.size() && i < b.size(); i++) {
+        n += differ(a[i], b[i]) ? 1 : 0;
     }
-    return n;
+    return static_cast<double>(n) / static_cast<double>(a.size());
 }
 
-TEST_F(Plot_keys, J_shows_the_flat_plot_while_it_is_held)
+// A grid of `n` by `n` nodes from a corner on, the first of them joined to no other grid.
+static i32 add_grid(Maze* maze, i32 n, f64 left, f64 bottom)
 {
-    settings("Seed: 1\n");
-    Session run(desktop, folder);
-    run.start();
-    const Pixels discs = settled(desktop, run);
-    const Pixels flat = while_held(desktop, run, "j");
-    EXPECT_GT(difference(discs, flat), 0.005);
-    EXPECT_LT(difference(discs, settled(desktop, run)), 0.002);
-    EXPECT_EQ(run.escape(), 0);
-    EXPECT_EQ(run.errors(), "");
+    const i32 first = Maze_count(maze);
+    for (i32 i = 0; i < n * n; i++) {
+        add_node(maze, left + 2 * (i % n), bottom + 2 * (i / n), 0, 0.5);
+        if (i % n > 0) {
+            Maze_join(maze, first + i - 1, first + i);
+        }
+        if (i >= n) {
+            Maze_join(maze, first + i - n, first + i);
+        }
+    }
+    return first;
 }
 
-TEST_F(Plot_keys, F_adds_blue_while_it_is_held_to_discs_and_to_the_flat_plot)
+// A flat world in which nothing moves: two grids that aren't joined, the player on the right side of
+// the left one and so in the middle of the picture.
+static void leave_islands(const std::string& path)
 {
-    settings("Seed: 1\n");
-    Session run(desktop, folder);
-    run.start();
-    const int before = blue(settled(desktop, run));
-    EXPECT_GT(blue(while_held(desktop, run, "f")), before + 100);
-    const int flat = blue(while_held(desktop, run, "j"));
-    EXPECT_GT(blue(while_held(desktop, run, "jf")), flat + 100);
-    EXPECT_LT(blue(settled(desktop, run)), before + 20);
-    EXPECT_EQ(run.escape(), 0);
-    EXPECT_EQ(run.errors(), "");
+    Maze* const maze = Maze_new();
+    const i32 left = add_grid(maze, 5, -8, -4);
+    add_grid(maze, 5, 4, -4);
+    Maze_bounds(maze, false);
+    MazeGame game = {};
+    MazeGame_setup(&game);
+    game.root = maze;
+    game.pos = {.maze = maze, .node = left + 14};
+    MazeGame_startcamera(&game);
+    std::string why(SAVE_WHY, 0);
+    EXPECT_TRUE(MazeGame_save(&game, path.c_str(), why.data())) << why;
+    MazeGame_free(&game);
 }
 
-TEST_F(Plot_keys, Shift_G_shows_the_grid_and_P_makes_its_lines_smooth_or_not)
+struct Plot_keys : WindowTest {
+    Session* run = nullptr;
+    Pixels discs; // what the window shows at first
+
+    ~Plot_keys() override
+    {
+        delete run;
+    }
+    void SetUp() override
+    {
+        WindowTest::SetUp();
+        settings("Seed: 1\nResolution: 320x240\n");
+        leave_islands(path("maze_save.dat"));
+        run = new Session(desktop, folder);
+        run->start();
+        run->tap("space");
+        run->tap("space");
+        run->tap("space"); // no text
+        discs = settled();
+    }
+    void TearDown() override
+    {
+        EXPECT_EQ(run->escape(), 0);
+        EXPECT_EQ(run->errors(), "");
+    }
+    // The picture once two in a row are the same.
+    Pixels settled() const
+    {
+        Pixels now = desktop.bare_pixels(run->window());
+        wait_until(10, [&] {
+            sleep_for(0.3);
+            const Pixels before = now;
+            now = desktop.bare_pixels(run->window());
+            return difference(before, now) < same;
+        });
+        return now;
+    }
+    Pixels after(const std::string& key) const
+    {
+        run->tap(key);
+        return settled();
+    }
+    // Waits until the window no longer shows a picture, however long the next frame takes.
+    Pixels changed_from(const Pixels& before) const
+    {
+        EXPECT_TRUE(wait_until(
+            60, [&] { return difference(before, desktop.bare_pixels(run->window())) > same; }));
+        return settled();
+    }
+    // The picture after a key that has an effect.
+    Pixels changed_by(const std::string& key) const
+    {
+        SCOPED_TRACE(key);
+        const Pixels before = desktop.bare_pixels(run->window());
+        run->tap(key);
+        return changed_from(before);
+    }
+    // The picture while keys that have an effect are held. They are let go again.
+    Pixels held(const std::string& keys) const
+    {
+        SCOPED_TRACE(keys);
+        const Pixels before = desktop.bare_pixels(run->window());
+        desktop.run("xdotool keydown " + keys);
+        const Pixels shown = changed_from(before);
+        desktop.run("xdotool keyup " + keys);
+        changed_from(shown);
+        return shown;
+    }
+};
+
+// How many pixels are clearly blue in the left half of a picture, and in the right one.
+struct Blue {
+    i32 left, right;
+};
+
+static Blue blue_of(const Pixels& pixels, i32 width)
 {
-    settings("Seed: 1\n");
-    Session run(desktop, folder);
-    run.start();
-    const Pixels discs = settled(desktop, run);
-    run.tap("shift+g");
-    const Pixels smooth = settled(desktop, run);
-    EXPECT_GT(blue(smooth), blue(discs) + 500);
-    run.tap("p");
-    const Pixels plain = settled(desktop, run);
-    EXPECT_GT(difference(smooth, plain), 0.005);
-    EXPECT_GT(blue(plain), blue(discs) + 500);
-    run.tap("p");
-    EXPECT_LT(difference(smooth, settled(desktop, run)), 0.002);
-    run.tap("shift+g");
-    EXPECT_LT(difference(discs, settled(desktop, run)), 0.002);
-    EXPECT_EQ(run.escape(), 0);
-    EXPECT_EQ(run.errors(), "");
+    Blue blue = {0, 0};
+    for (size_t i = 0; i < pixels.size(); i++) {
+        const i32 red = static_cast<i32>(pixels[i] >> 16 & 0xFF);
+        const i32 much = static_cast<i32>(pixels[i] & 0xFF) - red;
+        // the player's node, in the middle, is as wide as two of its radii
+        const bool left = static_cast<i32>(i % static_cast<size_t>(width)) < width * 6 / 10;
+        (left ? blue.left : blue.right) += much > 60 ? 1 : 0;
+    }
+    return blue;
 }
 
-TEST_F(Plot_keys, G_under_the_map_of_cells_shows_only_once_V_is_pressed_again)
+TEST_F(Plot_keys, J_shows_the_flat_shapes_while_it_is_held)
 {
-    settings("Seed: 1\n");
-    Session run(desktop, folder);
-    run.start();
-    const Pixels discs = settled(desktop, run);
-    run.tap("v");
-    const Pixels cells = settled(desktop, run);
-    run.tap("g");
-    EXPECT_LT(difference(cells, settled(desktop, run)), 0.002);
-    run.tap("v");
-    EXPECT_GT(difference(discs, settled(desktop, run)), 0.005);
-    EXPECT_EQ(run.escape(), 0);
-    EXPECT_EQ(run.errors(), "");
+    const Pixels flat = held("j");
+    EXPECT_GT(difference(discs, flat), 0.01);
+    EXPECT_LT(difference(discs, settled()), same);
+}
+
+TEST_F(Plot_keys, F_paints_what_can_be_reached_in_blue_and_nothing_else)
+{
+    const i32 width = desktop.client_size(run->window()).width;
+    EXPECT_EQ(blue_of(discs, width).left, 0);
+    const Pixels painted = held("f");
+    EXPECT_GT(blue_of(painted, width).left, 500);
+    EXPECT_EQ(blue_of(painted, width).right, 0);
+    EXPECT_LT(difference(discs, settled()), same);
+}
+
+TEST_F(Plot_keys, F_paints_over_each_style)
+{
+    const i32 width = desktop.client_size(run->window()).width;
+    for (const char* const key : {"g", "g", "v"}) {
+        const Pixels without = changed_by(key);
+        const Pixels painted = held("f");
+        EXPECT_GT(blue_of(painted, width).left, blue_of(without, width).left + 300) << key;
+        EXPECT_NEAR(blue_of(painted, width).right, blue_of(without, width).right, 50) << key;
+    }
+}
+
+TEST_F(Plot_keys, J_and_F_act_together)
+{
+    const i32 width = desktop.client_size(run->window()).width;
+    const Pixels flat = held("j");
+    const Pixels painted = held("f");
+    const Pixels both = held("j f");
+    EXPECT_GT(blue_of(both, width).left, 500);
+    EXPECT_EQ(blue_of(both, width).right, 0);
+    EXPECT_GT(difference(flat, both), 0.01);
+    EXPECT_GT(difference(painted, both), 0.01);
+}
+
+TEST_F(Plot_keys, Shift_G_shows_and_hides_the_grid_and_leaves_the_style)
+{
+    const Pixels grid = changed_by("shift+g");
+    EXPECT_GT(difference(discs, grid), 0.02);
+    EXPECT_LT(difference(discs, changed_by("shift+g")), same);
+}
+
+TEST_F(Plot_keys, P_makes_lines_sharp_and_smooth)
+{
+    const Pixels smooth = changed_by("shift+g");
+    const Pixels sharp = changed_by("p");
+    EXPECT_GT(difference(smooth, sharp), 0.005);
+    EXPECT_LT(difference(smooth, changed_by("p")), same);
+}
+
+TEST_F(Plot_keys, G_leads_round_three_styles)
+{
+    const Pixels gantries = changed_by("g");
+    const Pixels balls = changed_by("g");
+    EXPECT_GT(difference(discs, gantries), 0.02);
+    EXPECT_GT(difference(discs, balls), 0.02);
+    EXPECT_GT(difference(gantries, balls), 0.02);
+    EXPECT_LT(difference(discs, changed_by("g")), same);
+}
+
+TEST_F(Plot_keys, G_changes_the_style_unseen_under_the_map_of_cells)
+{
+    const Pixels gantries = changed_by("g");
+    changed_by("g");
+    changed_by("g");
+    const Pixels cells = changed_by("v");
+    EXPECT_GT(difference(discs, cells), 0.02);
+    EXPECT_LT(difference(cells, after("g")), same);
+    EXPECT_LT(difference(gantries, changed_by("v")), same);
+}
+
+TEST_F(Plot_keys, M_leads_round_six_styles_of_the_map)
+{
+    std::vector<Pixels> styles = {changed_by("v")};
+    for (size_t i = 1; i < 6; i++) {
+        styles.push_back(changed_by("m"));
+        for (size_t j = 0; j < i; j++) {
+            EXPECT_GT(difference(styles[i], styles[j]), same) << j << " and " << i;
+        }
+    }
+    EXPECT_LT(difference(styles[0], changed_by("m")), same);
+}
+
+TEST_F(Plot_keys, J_changes_nothing_but_the_discs)
+{
+    const Pixels gantries = changed_by("g");
+    desktop.run("xdotool keydown j sleep 1");
+    const Pixels with = settled();
+    desktop.run("xdotool keyup j");
+    EXPECT_LT(difference(gantries, with), same);
+}
+
+TEST_F(Plot_keys, Shift_L_lights_the_lamp_and_leaves_the_landscape)
+{
+    changed_by("g");
+    const Pixels dark = changed_by("g");
+    const Pixels lit = changed_by("shift+l");
+    EXPECT_GT(difference(dark, lit), 0.01);
+    EXPECT_LT(difference(dark, changed_by("shift+l")), same);
+}
+
+TEST_F(Plot_keys, L_shows_and_hides_the_landscape)
+{
+    // the first picture of it takes a while, and it never stands still
+    run->tap("l");
+    EXPECT_TRUE(wait_until(60, [&] {
+        sleep_for(0.3);
+        return difference(discs, desktop.bare_pixels(run->window())) > 0.5;
+    }));
+    run->tap("l");
+    EXPECT_TRUE(wait_until(20, [&] {
+        sleep_for(0.3);
+        return difference(discs, desktop.bare_pixels(run->window())) < same;
+    }));
 }
