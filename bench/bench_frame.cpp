@@ -265,48 +265,6 @@ BENCHMARK(frame_of_a_grid)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-// A frame with what can be reached painted over it, which is made anew in each slice; `area_ms` is what it
-// costs more than a frame without. With `cut` nothing but the player's node can be reached.
-static void frame_with_area(benchmark::State& state)
-{
-    open_window();
-    MazeGame game = grid_game(static_cast<i32>(state.range(0)), static_cast<i32>(state.range(1)));
-    for (i32 i = Maze_count(game.root) - 1; state.range(2) == 1 && i >= 0; i -= 2) {
-        while (Maze_node(game.root, i)->nedges > 0) {
-            Maze_unjoin(game.root, i, Maze_node(game.root, i)->edges[0], false);
-        }
-    }
-    draw_frame(&game);
-    glFinish();
-    std::vector<f64> plain;
-    std::vector<f64> with;
-    for (auto unused : state) {
-        (void)unused;
-        const f64 start = seconds();
-        draw_frame(&game);
-        plain.push_back(seconds() - start);
-        glFinish();
-        key_now[static_cast<u8>('F')] = 0x80;
-        const f64 second = seconds();
-        draw_frame(&game);
-        with.push_back(seconds() - second);
-        key_now[static_cast<u8>('F')] = 0;
-        glFinish();
-        state.SetIterationTime(with.back());
-    }
-    state.counters["nodes"] = Maze_count(game.root);
-    state.counters["area_ms"] = (median(with) - median(plain)) * 1e3;
-    MazeGame_free(&game);
-}
-BENCHMARK(frame_with_area)
-    ->ArgNames({"nx", "ny", "cut"})
-    ->Args({50, 50, 0})
-    ->Args({125, 62, 0})
-    ->Args({125, 62, 1})
-    ->Args({250, 124, 0})
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-
 static void frame_of_a_world(benchmark::State& state)
 {
     open_window();
