@@ -121,6 +121,14 @@ static std::string output_of(const std::string& command, i32* status)
     return text;
 }
 
+TEST(shader_programs, are_made_once)
+{
+    make_programs();
+    const size_t made = made_programs.size();
+    make_programs();
+    EXPECT_EQ(made_programs.size(), made);
+}
+
 TEST(shader_texts, pass_the_reference_compiler_without_a_message)
 {
     make_programs();
