@@ -9,7 +9,6 @@
 #include "scene/impostors.h"
 #include "scene/lighting.h"
 #include "scene/lists.h"
-#include "scene/view.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -23,7 +22,6 @@ extern const char glsl_hextile_fs[];
 u32 gantry_tex = 0;   // written by maketextures
 u32 gantry_tnorm = 0; // written by maketextures
 bool gantry_everylevel = false;
-i32 gantry_mostnodes = 200000;
 
 static GLuint plateprogram;   // 0 until first use of gantry_plot
 static GLuint hextileprogram; // 0 until first use of drawhextile
@@ -208,30 +206,12 @@ static void beginplates(const f64 lamp[3], bool lit, const LightRec* light)
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
-// The nodes of a level and of all below it, counted no further than a little beyond `most`.
-static i32 countnodes(const Maze* maze, i32 most)
-{
-    i32 count = Maze_count(maze);
-    for (i32 n = Maze_count(maze) - 1; n >= 0 && count <= most; n--) {
-        const Maze* const sub = Maze_node(maze, n)->sub;
-        if (sub != nullptr) {
-            count += countnodes(sub, most - count);
-        }
-    }
-    return count;
-}
-
 // Calls the lists of a level and of those below it, last node first, without those that can't touch the
 // picture. A walkway's corners stand off from their node by its radius and more where exits are close
-// together, so a level reaches beyond its draw sphere. In a `huge` world what has no pixel to itself is
-// left out too, before anything of it is computed.
-static void calllevels(Maze* maze, const char* name, ListBuilder builder, const ViewRec* view,
-                       bool huge)
+// together, so a level reaches beyond its draw sphere.
+static void calllevels(Maze* maze, const char* name, ListBuilder builder, const ViewRec* view)
 {
     if (!gantry_everylevel && gantry_outofview(maze, view)) {
-        return;
-    }
-    if (huge && Maze_outofview(maze, view)) {
         return;
     }
     const ListView from = {.view = gantry_everylevel ? nullptr : view,
@@ -240,7 +220,7 @@ static void calllevels(Maze* maze, const char* name, ListBuilder builder, const 
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         Maze* const sub = Maze_node(maze, n)->sub;
         if (sub != nullptr) {
-            calllevels(sub, name, builder, view, huge);
+            calllevels(sub, name, builder, view);
         }
     }
 }
@@ -248,18 +228,17 @@ static void calllevels(Maze* maze, const char* name, ListBuilder builder, const 
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
 {
     maketextures();
-    const bool huge = countnodes(root, gantry_mostnodes) > gantry_mostnodes;
     f64 lamp[3];
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    calllevels(root, "gantrylist", gantry_walkways, &game->view, huge);
+    calllevels(root, "gantrylist", gantry_walkways, &game->view);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    calllevels(root, "gantrylist_railings", gantry_railings, &game->view, huge);
+    calllevels(root, "gantrylist_railings", gantry_railings, &game->view);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    calllevels(root, "gantrylist_railballs", gantry_railballs, &game->view, huge);
+    calllevels(root, "gantrylist_railballs", gantry_railballs, &game->view);
     program_use(0);
 }

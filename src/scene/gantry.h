@@ -5,11 +5,6 @@
 // "gantrylist_railballs", built on first need, in this order. Levels that can't touch the picture, since
 // they are out of view or between the middles of pixels, are left out, so that work and memory follow
 // what can be seen.
-//
-// Bars and posts are of one size, however small a level is, so that levels far below a pixel still show
-// iron. In a world of more than gantry_mostnodes nodes, where that would take many gigabytes of lists, it
-// is left out: a level out of view or smaller than a pixel, by its draw sphere (view.h), is not drawn
-// there, nor is what is in it.
 #pragma once
 
 #include "model/gamerec.h"
@@ -21,9 +16,6 @@ extern u32 gantry_tex, gantry_tnorm;
 
 /// Draws every level, in view or not: the same picture for more work. Off; for tests and measurements.
 extern bool gantry_everylevel;
-
-/// The most nodes of a world all of whose levels are drawn; tests set it.
-extern i32 gantry_mostnodes;
 
 enum { GANTRY_TEXSIZE = 512 };
 
