@@ -4,7 +4,6 @@
 #include "generate/grids.h"
 #include "generate/makemaze.h"
 #include "gfx/gfx_opengl.h"
-#include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
 #include "model/attachment.h"
 #include "model/drawsphere.h"
@@ -13,32 +12,13 @@
 #include "scene/ballstick.h"
 #include "scene/colours.h"
 #include "scene/scene.h"
-#include "scene/view.h"
 
 #include <GL/gl.h>
 
-#include <algorithm>
+#include "bench/measure.h"
 #include <benchmark/benchmark.h>
-#include <chrono>
 #include <ctime>
 #include <vector>
-
-static void open_window()
-{
-    if (!gfx_alive) {
-        platform = &platform_scripted;
-        scripted_reset();
-        gfx_ortho_mode = 0;
-        windowed = true;
-        gfx_open(864, 648, "bench_frame");
-        view_install();
-    }
-}
-
-static f64 seconds()
-{
-    return std::chrono::duration<f64>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // Time that this thread has computed, without waits for others.
 static f64 own_seconds()
@@ -46,12 +26,6 @@ static f64 own_seconds()
     timespec time;
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<f64>(time.tv_sec) + static_cast<f64>(time.tv_nsec) * 1e-9;
-}
-
-static f64 median(std::vector<f64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 static MazeGame grid_game(i32 nx, i32 ny)

@@ -12,18 +12,13 @@
 #include "generate/tilings.h"
 #include "tests/plaincarve.h"
 
+#include "bench/measure.h"
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <ctime>
 #include <vector>
 
 using Method = void (*)(Maze*);
-
-static f64 median(std::vector<f64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 // Seconds of the processor that `method` takes for each of `n` copies of a maze.
 static f64 timed(Method method, const Maze* full, u32 seed, i32 n)

@@ -1,7 +1,6 @@
 // Cost of the landscape: each piece by itself in both depth slices, a frame with and without it, and what
 // the first frame makes.
 #include "gfx/gfx_opengl.h"
-#include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
 #include "model/drawsphere.h"
 #include "model/mazegame.h"
@@ -11,10 +10,10 @@
 #include "scene/sea.h"
 #include "scene/sky.h"
 #include "scene/skymap.h"
-#include "scene/view.h"
 
 #include <GL/gl.h>
 
+#include "bench/measure.h"
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <vector>
@@ -26,14 +25,7 @@ struct Shore {
 
     Shore(i32 width, i32 height)
     {
-        if (!gfx_alive) {
-            platform = &platform_scripted;
-            scripted_reset();
-            gfx_ortho_mode = 0;
-            windowed = true;
-            gfx_open(864, 648, "bench_landscape");
-            view_install();
-        }
+        open_window();
         gfx_resize(width, height);
         MazeGame_setup(&game);
         game.root = Maze_new();

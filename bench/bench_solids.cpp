@@ -4,41 +4,22 @@
 #include "base/rnd.h"
 #include "base/vec3.h"
 #include "gfx/gfx_opengl.h"
-#include "gfx/platform/scripted.h"
 #include "gfx/projection.h"
 #include "model/attachment.h"
 #include "model/drawsphere.h"
 #include "model/pos.h"
 #include "scene/colours.h"
 #include "scene/scene.h"
-#include "scene/view.h"
 #include "tests/plain_solids.h"
 
+#include "bench/measure.h"
 #include <algorithm>
 #include <benchmark/benchmark.h>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <unistd.h>
 #include <vector>
-
-static void open_window()
-{
-    if (!gfx_alive) {
-        platform = &platform_scripted;
-        scripted_reset();
-        gfx_ortho_mode = 0;
-        windowed = true;
-        gfx_open(864, 648, "bench_solids");
-        view_install();
-    }
-}
-
-static f64 seconds()
-{
-    return std::chrono::duration<f64>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 // Processor time of all threads, the painter's among them: steadier than the clock on a busy machine.
 static f64 work()
@@ -46,12 +27,6 @@ static f64 work()
     timespec t;
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
     return static_cast<f64>(t.tv_sec) + static_cast<f64>(t.tv_nsec) * 1e-9;
-}
-
-static f64 median(std::vector<f64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 // A torus of squares, 125 around and 62 about the tube, whose nodes are 2.5 apart in the middle.

@@ -10,7 +10,7 @@
 #include "scene/cells.h"
 #include "tests/plaincells.h"
 
-#include <algorithm>
+#include "bench/measure.h"
 #include <benchmark/benchmark.h>
 #include <ctime>
 #include <vector>
@@ -20,12 +20,6 @@
 #else
 #    define HAS_BOOST 0
 #endif
-
-static f64 median(std::vector<f64> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 // Milliseconds of the processor that a routine takes.
 template <typename Routine> static f64 timed(Routine routine)
