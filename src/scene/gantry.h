@@ -3,8 +3,9 @@
 //
 // Each level keeps three display lists with flags 3, "gantrylist", "gantrylist_railings" and
 // "gantrylist_railballs", built on first need, in this order. Levels that can't touch the picture, since
-// they are out of view or between the middles of pixels, are left out, so that work and memory follow
-// what can be seen.
+// they are out of view or between the middles of pixels, are left out. A level in view is listed whole,
+// and a long edge has thousands of posts: the nested grid, whose topmost edges are tens of thousands of
+// units long, takes more than a minute and gigabytes of memory to list.
 #pragma once
 
 #include "model/gamerec.h"
