@@ -99,6 +99,10 @@ function(corvane_test name)
         add_test(NAME ${name}.${module} COMMAND test_${name} ${subjects})
         set_tests_properties(${name}.${module} PROPERTIES TIMEOUT 300
             WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+        if(CORVANE_SANITIZE)
+            set_property(TEST ${name}.${module} APPEND PROPERTY ENVIRONMENT
+                LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/driver_leaks.txt:print_suppressions=0)
+        endif()
     endforeach()
 endfunction()
 
