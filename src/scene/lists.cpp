@@ -19,16 +19,20 @@ void ListPair_delete(void* data, Maze* /*maze*/)
     std::free(lists);
 }
 
-// A list's name is the attachment's data itself.
-static GLuint listof(const void* data)
+void* list_data(u32 list)
 {
-    return static_cast<GLuint>(reinterpret_cast<uintptr_t>(data));
+    return reinterpret_cast<void*>(static_cast<uintptr_t>(list));
 }
 
-static void deletelist(void* data, Maze* /*maze*/)
+u32 list_name(const void* data)
+{
+    return static_cast<u32>(reinterpret_cast<uintptr_t>(data));
+}
+
+void List_delete(void* data, Maze* /*maze*/)
 {
     if (gfx_alive) {
-        glDeleteLists(listof(data), 1);
+        glDeleteLists(list_name(data), 1);
     }
 }
 
@@ -38,8 +42,7 @@ static GLuint buildlist(Maze* maze, const char* name, ListBuilder builder)
     glNewList(list, GL_COMPILE);
     builder(maze);
     glEndList();
-    void* const data = reinterpret_cast<void*>(static_cast<uintptr_t>(list));
-    Maze_attach(maze, name, data, deletelist, ATT_GEOMETRY | ATT_EXITS);
+    Maze_attach(maze, name, list_data(list), List_delete, ATT_GEOMETRY | ATT_EXITS);
     return list;
 }
 
@@ -124,7 +127,7 @@ void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recur
     if (outofsight(maze, from)) {
         return;
     }
-    GLuint list = listof(Maze_attachment(maze, name));
+    GLuint list = list_name(Maze_attachment(maze, name));
     if (list == 0) {
         list = buildlist(maze, name, builder);
     }

@@ -14,6 +14,14 @@ struct ListPair {
 /// The lists are let be once the context is gone.
 void ListPair_delete(void* data, Maze* maze);
 
+/// Destructor of an attachment whose data is the name of a list itself (list_data): deletes the list,
+/// which is let be once the context is gone.
+void List_delete(void* data, Maze* maze);
+
+/// A list's name as an attachment's data, and back; null is no list.
+void* list_data(u32 list);
+u32 list_name(const void* data);
+
 /// What emits one level of a style into the list being compiled.
 using ListBuilder = void (*)(Maze* maze);
 

@@ -6,6 +6,7 @@
 #include "model/attachment.h"
 #include "model/drawsphere.h"
 #include "model/mazegame.h"
+#include "scene/lists.h"
 #include "scene/scene.h"
 #include "scene/view.h"
 #include "scene/voronoistyles.h"
@@ -14,7 +15,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 
 enum { MOST_DISC_SIDES = 512 }; // more can't be told apart
 
@@ -152,14 +152,6 @@ static void emit(const VoronoiLevel* level)
     }
 }
 
-// Destructor of the attachment, whose data is the name of a list itself.
-static void deletelist(void* data, Maze* /*maze*/)
-{
-    if (gfx_alive) {
-        glDeleteLists(static_cast<GLuint>(reinterpret_cast<std::uintptr_t>(data)), 1);
-    }
-}
-
 static const VoronoiCells* findcells(Maze* maze, const MazeGame* game)
 {
     VoronoiCells* cells = static_cast<VoronoiCells*>(Maze_attachment(maze, "voronoi"));
@@ -181,10 +173,10 @@ static void calllist(Maze* maze, const MazeGame* game)
         glNewList(list, GL_COMPILE);
         emit(&level);
         glEndList();
-        data = reinterpret_cast<void*>(static_cast<std::uintptr_t>(list));
-        Maze_attach(maze, "voronoilist", data, deletelist, 0);
+        data = list_data(list);
+        Maze_attach(maze, "voronoilist", data, List_delete, 0);
     }
-    glCallList(static_cast<GLuint>(reinterpret_cast<std::uintptr_t>(data)));
+    glCallList(list_name(data));
 }
 
 void voronoi_plot(Maze* maze, MazeGame* game)
