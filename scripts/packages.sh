@@ -5,7 +5,7 @@
 packages_build=(g++ cmake ninja-build pkg-config libsdl2-dev libegl-dev libgl-dev libopengl-dev
     libpng-dev libgl1-mesa-dri libegl-mesa0 x11-utils)
 # What the tests take beyond that. The layout of the sources is checked as version 14 sees it.
-packages_test=(libgtest-dev libbenchmark-dev libboost-dev 'clang-format-14|clang-format' 'clang-tidy-14|clang-tidy'
+packages_test=(libgtest-dev libbenchmark-dev libboost-dev libxcb-damage0-dev 'clang-format-14|clang-format' 'clang-tidy-14|clang-tidy'
     clang 'libclang-rt-dev|libclang-rt-14-dev' shellcheck glslang-tools xvfb xserver-xorg-video-dummy
     x11-xserver-utils openbox xdotool wmctrl x11-xkb-utils strace util-linux mount)
 
@@ -62,7 +62,7 @@ packages_elsewhere() {
             wmctrl setxkbmap strace unshare setpriv mount; do
             command -v "$name" >/dev/null || lacking+=("$name")
         done
-        for name in gtest benchmark; do
+        for name in gtest benchmark xcb-damage; do
             pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
         done
     fi

@@ -1,9 +1,41 @@
 // The main routine of every test program: subjects may be named as plain arguments, and a run in
 // which no test takes part fails. A filter that is given holds, since a death test that starts the
-// program anew sets one.
+// program anew sets one. What failed is told once more at the very end, where a log that has been cut
+// off above still shows it, in lines that begin with "FAILED: ".
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
+
+static std::string failures; // written by FailureKeeper
+
+class FailureKeeper : public testing::EmptyTestEventListener
+{
+  private:
+    void OnTestPartResult(const testing::TestPartResult& result) override
+    {
+        if (!result.failed()) {
+            return;
+        }
+        const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
+        std::ostringstream heading;
+        if (test != nullptr) {
+            heading << test->test_suite_name() << "." << test->name() << " ";
+        }
+        heading << "at " << (result.file_name() == nullptr ? "?" : result.file_name()) << ":"
+                << result.line_number() << "\n";
+        failures += heading.str() + result.message() + "\n";
+    }
+};
+
+static void tell_failures()
+{
+    std::istringstream lines(failures);
+    for (std::string line; std::getline(lines, line);) {
+        std::printf("FAILED: %s\n", line.c_str());
+    }
+    std::fflush(stdout);
+}
 
 int main(int argc, char** argv)
 {
@@ -16,8 +48,10 @@ int main(int argc, char** argv)
     if (!filter.empty() && testing::GTEST_FLAG(filter) == "*") {
         testing::GTEST_FLAG(filter) = filter;
     }
-    const int result = RUN_ALL_TESTS();
     const testing::UnitTest* const unit = testing::UnitTest::GetInstance();
+    testing::UnitTest::GetInstance()->listeners().Append(new FailureKeeper);
+    const int result = RUN_ALL_TESTS();
+    tell_failures();
     if (unit->test_to_run_count() == 0) {
         std::fprintf(stderr, "no test of these subjects\n");
         return 1;

@@ -4,6 +4,7 @@
 #include "model/mazegame.h"
 #include "model/pos.h"
 #include "model/savefile.h"
+#include "tests/quiet.h"
 
 #include <algorithm>
 #include <cmath>
@@ -46,7 +47,7 @@ void Session::wait_for_window()
 {
     const char* const search = "xdotool search --onlyvisible --name '^Corvane$'";
     bool seen = false;
-    wait_until(30, [&] {
+    wait_until(60, [&] {
         seen = desktop.tried(search);
         return seen || !running();
     });
@@ -59,7 +60,7 @@ void Session::wait_for_window()
 
 void Session::wait_for_keys() const
 {
-    if (!wait_until(10, [this] {
+    if (!wait_until(60, [this] {
             const std::string focus = desktop.run("xdotool getwindowfocus || true");
             return focus.substr(0, focus.find('\n')) == id;
         })) {
@@ -70,27 +71,60 @@ void Session::wait_for_keys() const
 void Session::start()
 {
     wait_for_window();
-    if (!wait_until(30, [this] { return desktop.colours(id) > 8; })) {
+    if (!wait_until(60, [this] { return desktop.colours(id) > 8 || !running(); }) || !running()) {
         throw std::runtime_error("the window stays empty: " + printed() + errors());
     }
     wait_for_keys();
-    desktop.run("xdotool mousemove_relative 3 2 sleep 0.05 mousemove_relative -- -3 -2 sleep 0.05");
+    show_frame(); // until the first one is over a key may be lost
+    desktop.run("xdotool mousemove_relative 3 2");
+    show_frame();
+    desktop.run("xdotool mousemove_relative -- -3 -2");
+    show_frame();
+}
+
+void Session::wait_for(Seen wanted) const
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+    const auto going = [&] { return running() && std::chrono::steady_clock::now() < end; };
+    if (!wait_for_seen(wanted, desktop.display(), id, going) && running()) {
+        throw std::runtime_error("the program shows no further frame: " + printed() + errors());
+    }
+}
+
+void Session::show_frame() const
+{
+    wait_for(FRAME_SHOWN);
+}
+
+void Session::take_input() const
+{
+    wait_for(INPUT_TAKEN);
 }
 
 void Session::tap(const std::string& key) const
 {
-    desktop.run("xdotool key " + key + " sleep 0.2");
+    if (key.find('+') != std::string::npos) {
+        hold(key, 0); // keys that act together must be down together in one frame
+        return;
+    }
+    desktop.run("xdotool key " + key);
+    show_frame();
 }
 
 void Session::hold(const std::string& key, double seconds) const
 {
-    desktop.run("xdotool keydown " + key + " sleep " + std::to_string(seconds) + " keyup " + key +
-                " sleep 0.2");
+    desktop.run("xdotool keydown " + key);
+    show_frame();
+    sleep_for(seconds);
+    show_frame();
+    desktop.run("xdotool keyup " + key);
+    show_frame();
 }
 
 void Session::click(int button) const
 {
-    desktop.run("xdotool click " + std::to_string(button) + " sleep 0.3");
+    desktop.run("xdotool click " + std::to_string(button));
+    show_frame();
 }
 
 void Session::close() const
@@ -112,7 +146,7 @@ bool Session::running() const
 
 int Session::finish()
 {
-    const int code = wait_for_end(process, 20);
+    const int code = wait_for_end(process, 60);
     if (code < 0) {
         throw std::runtime_error("the program does not end: " + printed() + errors());
     }
@@ -214,6 +248,7 @@ f64 Save::start_zoom() const
 
 static void new_game(MazeGame* out, unsigned seed)
 {
+    const Quiet quiet;
     rnd_seed(seed);
     MazeGame_new(out, 0);
 }

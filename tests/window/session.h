@@ -3,6 +3,7 @@
 
 #include "model/gamerec.h"
 #include "tests/window/desktop.h"
+#include "tests/window/frames.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -25,8 +26,15 @@ class Session
     /// Waits for the window, its first picture, and moves the pointer a little over it.
     void start();
 
-    void tap(const std::string& key) const; // down and up at once
-    void hold(const std::string& key, double seconds) const;
+    /// Waits until the program has taken all input so far and has shown a frame with it, or has ended.
+    /// A minimised window shows none: there `take_input` waits for as much as can be known.
+    void show_frame() const;
+    void take_input() const;
+
+    // The keys and buttons of these act in at least one frame, which has been shown at the return.
+    void tap(const std::string& key) const; // a single key goes down and up at once
+    void hold(const std::string& key,
+              double seconds) const; // at least so long as the program sees it
     void click(int button) const;
     /// Closes the window as its close button does.
     void close() const;
@@ -50,6 +58,8 @@ class Session
     }
 
   private:
+    void wait_for(Seen wanted) const;
+
     const Desktop& desktop;
     std::string folder;
     std::string id; // the window

@@ -23,6 +23,7 @@ inline Pixels settled(const Desktop& desktop, const Session& session)
     Pixels now = desktop.pixels(session.window());
     wait_until(10, [&] {
         sleep_for(0.3);
+        session.show_frame();
         const Pixels before = now;
         now = desktop.pixels(session.window());
         return difference(before, now) < 0.001;

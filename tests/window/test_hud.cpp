@@ -75,8 +75,7 @@ struct Head_up_display : WindowTest {
     // Presses Ctrl+S and reads the one picture that comes of it.
     Picture take_shot(const Session& run) const
     {
-        run.hold("ctrl+s", 0.3);
-        wait_until(5, [this] { return !shots().empty(); });
+        run.tap("ctrl+s");
         const std::vector<std::string> found = shots();
         EXPECT_EQ(found.size(), 1U);
         return found.empty() ? Picture() : read_png(path(found[0]));
@@ -139,8 +138,11 @@ TEST_F(Head_up_display, is_as_large_in_the_screenshot_as_the_window_has_become)
     leave();
     Session run(desktop, folder);
     run.start();
-    desktop.run("xdotool windowsize " + run.window() + " 641 403 sleep 0.5");
-    ASSERT_EQ(desktop.client_size(run.window()), (Size{641, 403}));
+    desktop.run("xdotool windowsize " + run.window() + " 641 403");
+    ASSERT_TRUE(wait_until(20, [&] {
+        return desktop.client_size(run.window()) == Size{641, 403};
+    }));
+    run.show_frame();
     const Picture shot = take_shot(run);
     EXPECT_EQ(shot.width, 641U);
     EXPECT_EQ(shot.height, 403U);

@@ -98,8 +98,11 @@ TEST_F(Turning, follows_the_pointer_while_the_right_button_is_held)
 {
     Session run(desktop, folder);
     run.start();
-    desktop.run("xdotool mousedown 3 sleep 0.2 mousemove_relative -- 40 0 sleep 0.2 "
-                "mousemove_relative -- 0 -40 sleep 0.2 mouseup 3 sleep 0.2");
+    for (const char* const step : {"mousedown 3", "mousemove_relative -- 40 0",
+                                   "mousemove_relative -- 0 -40", "mouseup 3"}) {
+        desktop.run(std::string("xdotool ") + step);
+        run.show_frame();
+    }
     EXPECT_EQ(run.escape(), 0);
     const Save save(path("maze_save.dat"));
     EXPECT_NEAR(save.orient[0], std::cos(400.0 / 800), 0.05);
@@ -110,8 +113,10 @@ TEST_F(Turning, leaves_the_view_alone_while_no_button_is_held)
 {
     Session run(desktop, folder);
     run.start();
-    desktop.run(
-        "xdotool mousemove_relative -- 40 0 sleep 0.2 mousemove_relative -- 0 -40 sleep 0.2");
+    desktop.run("xdotool mousemove_relative -- 40 0");
+    run.show_frame();
+    desktop.run("xdotool mousemove_relative -- 0 -40");
+    run.show_frame();
     EXPECT_EQ(run.escape(), 0);
     const Save save(path("maze_save.dat"));
     EXPECT_DOUBLE_EQ(save.orient[0], 1);
@@ -152,7 +157,6 @@ TEST_F(New_world, comes_with_N)
     Session run(desktop, folder);
     run.start();
     run.tap("n");
-    sleep_for(1); // it is made within a frame, however long that takes
     EXPECT_EQ(run.escape(), 0);
     EXPECT_NE(Save(path("maze_save.dat")).world(), world_of_seed(4711));
 }

@@ -98,6 +98,7 @@ struct Plot_keys : WindowTest {
         Pixels now = desktop.bare_pixels(run->window());
         wait_until(10, [&] {
             sleep_for(0.3);
+            run->show_frame();
             const Pixels before = now;
             now = desktop.bare_pixels(run->window());
             return difference(before, now) < same;
@@ -246,7 +247,8 @@ TEST_F(Plot_keys, M_leads_round_six_styles_of_the_map)
 TEST_F(Plot_keys, J_changes_nothing_but_the_discs)
 {
     const Pixels gantries = changed_by("g");
-    desktop.run("xdotool keydown j sleep 1");
+    desktop.run("xdotool keydown j");
+    run->show_frame();
     const Pixels with = settled();
     desktop.run("xdotool keyup j");
     EXPECT_LT(difference(gantries, with), same);

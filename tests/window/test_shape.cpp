@@ -34,7 +34,7 @@ TEST_F(Resizing, draws_the_new_size)
         return desktop.client_size(run.window()) == Size{700, 500};
     }));
     EXPECT_TRUE(wait_until(10, [&] { return desktop.colours(run.window()) > 8; }));
-    sleep_for(0.3);
+    run.show_frame();
     EXPECT_EQ(run.escape(), 0);
     const Save save(path("maze_save.dat"));
     EXPECT_EQ(save.view.viewport[1] - save.view.viewport[0], 700);
@@ -51,7 +51,7 @@ TEST_F(Minimising, and_coming_back_shows_the_picture_again)
     desktop.run("wmctrl -a Corvane");
     ASSERT_TRUE(wait_until(10, [&] { return !minimised(desktop, run.window()); }));
     EXPECT_TRUE(wait_until(10, [&] { return desktop.colours(run.window()) > 8; }));
-    sleep_for(0.3);
+    run.show_frame();
     EXPECT_EQ(run.escape(), 0);
 }
 
@@ -76,8 +76,10 @@ TEST_F(Minimising, sets_the_pointer_free)
     desktop.run("xdotool windowminimize " + run.window());
     ASSERT_TRUE(wait_until(10, [&] { return minimised(desktop, run.window()); }));
     sleep_for(0.3);
+    run.take_input();
     const Place before = pointer(desktop);
     desktop.run("xdotool mousemove_relative -- -150 -100 sleep 0.3");
+    run.take_input();
     EXPECT_EQ(pointer(desktop), (Place{before.x - 150, before.y - 100}));
     run.close();
     EXPECT_EQ(run.finish(), 0);
@@ -89,7 +91,8 @@ TEST_F(Minimising, takes_no_Q)
     run.start();
     desktop.run("xdotool windowminimize " + run.window());
     ASSERT_TRUE(wait_until(10, [&] { return minimised(desktop, run.window()); }));
-    desktop.run("xdotool key q sleep 0.5");
+    desktop.run("xdotool key q sleep 0.3");
+    run.take_input();
     EXPECT_TRUE(run.running());
     run.close();
     EXPECT_EQ(run.finish(), 0);

@@ -38,6 +38,7 @@ class Stereo : public WindowTest
         wait_until(5, [&] {
             const Pixels before = last;
             sleep_for(0.15);
+            run.show_frame();
             last = desktop.pixels(run.window());
             return last == before;
         });
@@ -201,7 +202,7 @@ TEST_F(Stereo, keeps_the_eyes_on_the_rows_of_the_screen_when_the_window_moves)
     run.tap("F3");
     for (const int wanted : {100, 101, 102}) {
         desktop.run("wmctrl -r Corvane -e 0,200," + std::to_string(wanted) + ",-1,-1");
-        sleep_for(0.5);
+        EXPECT_TRUE(wait_until(10, [&] { return desktop.frame_top(run.window()) == wanted; }));
         const int top = desktop.frame_top(run.window());
         const Pixels rows = picture(run);
         Pixels expected = rows;
@@ -263,7 +264,7 @@ TEST_F(Stereo, bears_every_size_of_the_window)
     for (const char* const size : {"255,257", "513,255", "600,400", "130,64"}) {
         desktop.run(std::string("wmctrl -r Corvane -e 0,100,100,") + size);
         for (int mode = 0; mode < 9; mode++) {
-            desktop.run("xdotool key F3 sleep 0.05");
+            run.tap("F3");
         }
     }
     EXPECT_TRUE(run.running());

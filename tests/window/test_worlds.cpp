@@ -6,6 +6,7 @@
 #include "model/pos.h"
 #include "model/savefile.h"
 #include "model/surgery.h"
+#include "tests/quiet.h"
 #include "tests/window/session.h"
 
 #include <cmath>
@@ -88,6 +89,7 @@ class Keys_on_worlds : public WindowTest
     void leave_world(i32 kind) const
     {
         settings("Resolution: 320x240\n");
+        const Quiet quiet;
         MazeGame game;
         rnd_seed(7);
         makemaze_forced_kind = kind;
@@ -100,24 +102,36 @@ class Keys_on_worlds : public WindowTest
         ASSERT_TRUE(done) << why;
     }
 
-    // Runs the program, gives it keys in the words of xdotool, and quits.
-    void play(const std::string& keys) const
+    // Runs the program, gives it keys, and quits.
+    void play(const std::function<void(const Session& run)>& keys) const
     {
         Session run(desktop, folder);
         run.start();
-        desktop.run("xdotool " + keys);
+        keys(run);
         EXPECT_GT(desktop.colours(run.window()), 8U);
         EXPECT_EQ(run.escape(), 0);
         EXPECT_EQ(run.errors(), "");
     }
 };
 
-static const char* const contractions = "key k sleep 0.15 keydown shift sleep 0.1 key k sleep 0.15 "
-                                        "keydown ctrl sleep 0.05 keyup shift sleep 0.1 "
-                                        "key k sleep 0.15 keydown shift sleep 0.1 key k sleep 0.15 "
-                                        "keyup shift keyup ctrl sleep 0.1 ";
-static const char* const simplifying = "keydown r sleep 0.2 keyup r sleep 0.1 ";
-static const char* const relaxing = "keydown e sleep 0.2 keyup e sleep 0.2 ";
+static void simplify(const Session& run)
+{
+    run.hold("r", 0.2);
+}
+
+static void relax(const Session& run)
+{
+    run.hold("e", 0.2);
+}
+
+static void contract_simplify_relax(const Session& run)
+{
+    for (const char* const keys : {"k", "shift+k", "ctrl+k", "shift+ctrl+k"}) {
+        run.tap(keys);
+    }
+    simplify(run);
+    relax(run);
+}
 
 // The same contractions without a window.
 static void contract(MazeGame* game)
@@ -140,7 +154,7 @@ TEST_F(Keys_on_worlds, K_R_and_E_reshape_each_kind)
         ASSERT_NO_FATAL_FAILURE(leave_world(kind));
         Save before(save());
         contract(&before.game);
-        play(std::string(contractions) + simplifying + relaxing);
+        play(contract_simplify_relax);
         const Save after(save());
         const Maze* const level = level_of(after.game);
         EXPECT_EQ(graph(after.game.root), graph(before.game.root));
@@ -155,7 +169,7 @@ TEST_F(Keys_on_worlds, R_draws_a_level_together_and_carries_what_lies_in_it)
 {
     ASSERT_NO_FATAL_FAILURE(leave_world(12));
     const Save before(save());
-    play(simplifying);
+    play(simplify);
     const Save after(save());
     const Maze* const was = level_of(before.game);
     const Maze* const now = level_of(after.game);
@@ -176,7 +190,7 @@ TEST_F(Keys_on_worlds, E_reddens_a_level_and_leaves_what_lies_in_it_behind)
 {
     ASSERT_NO_FATAL_FAILURE(leave_world(12));
     const Save before(save());
-    play(relaxing);
+    play(relax);
     const Save after(save());
     const Maze* const was = level_of(before.game);
     const Maze* const now = level_of(after.game);
@@ -198,7 +212,7 @@ TEST_F(Keys_on_worlds, E_reddens_a_level_and_leaves_what_lies_in_it_behind)
 TEST_F(Keys_on_worlds, N_with_Shift_and_Ctrl_makes_the_gallery)
 {
     settings("Resolution: 320x240\n");
-    play("keydown shift keydown ctrl sleep 0.1 key n sleep 0.5 keyup ctrl keyup shift sleep 0.1");
+    play([](const Session& run) { run.tap("shift+ctrl+n"); });
     const Save after(save());
     EXPECT_STREQ(after.game.root->name, "pg->root");
     EXPECT_EQ(Maze_count(after.game.root), 12);
@@ -212,7 +226,7 @@ TEST_F(Keys_on_worlds, N_with_Shift_makes_the_nested_grid)
     Session run(desktop, folder);
     run.start();
     const std::vector<std::uint32_t> old = desktop.pixels(run.window());
-    desktop.run("xdotool keydown shift sleep 0.1 key n sleep 0.1 keyup shift");
+    run.tap("shift+n");
     EXPECT_TRUE(wait_until(60, [&] {
         return desktop.pixels(run.window()) != old && desktop.colours(run.window()) > 8;
     }));
