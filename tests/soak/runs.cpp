@@ -222,7 +222,7 @@ void run_hands(i32 seed, i32 seconds, bool nested)
             nested = false;
             hands.nested = true;
         }
-        before = playrun(&hands, 20 + hands_below(&hands, 400), until);
+        before = playrun(&hands, 15 + hands_below(&hands, 135), until);
         stop();
     }
     tellhands(&hands, wallclock() - begin);
