@@ -42,6 +42,7 @@ static const char help_text[] =
     "  --size WxH       its size in pixels, 864x648 if left out\n"
     "  --at PATH:NODE   where the player stands: node numbers from the root down, as 1/17:3;\n"
     "                   :3 is node 3 of the root\n"
+    "  --shift X,Y,Z    moves the whole world by so much first\n"
     "  --yaw A          view angles in radians, 0 if left out; pitch is held to -pi (straight up)\n"
     "  --pitch A        to 0 (straight down)\n"
     "  --zoom F         distance of the eye, times that at the start of a game\n"
@@ -67,10 +68,13 @@ static const char help_text[] =
 
 enum { EXIT_BAD = 2, MAXTRAIL = 100000000 };
 
+static constexpr f64 shift_most = 1e9; // units; single precision tells no nodes apart long before
+
 struct Options {
     const char* world;
     const char* out;
     const char* at;
+    f64 shift[3];
     bool seeded;
     u32 seed;
     bool mode_given, kind_given;
@@ -123,6 +127,28 @@ static bool takeout(Options* options, const char* value)
 static bool takeat(Options* options, const char* value)
 {
     options->at = value;
+    return true;
+}
+
+static bool takeshift(Options* options, const char* value)
+{
+    char text[100];
+    std::snprintf(text, sizeof text, "%s", value);
+    char* at = text;
+    for (i32 i = 0; i < 3; i++) { // in the order written
+        char* const comma = std::strchr(at, ',');
+        if ((comma != nullptr) != (i < 2)) {
+            return bad("--shift takes X,Y,Z, not '%s'", value);
+        }
+        if (comma != nullptr) {
+            *comma = 0;
+        }
+        if (!number_f64(at, &options->shift[i]) || std::fabs(options->shift[i]) > shift_most) {
+            return bad("--shift takes three numbers up to %.0e in size, not '%s'", shift_most,
+                       value);
+        }
+        at = comma != nullptr ? comma + 1 : at;
+    }
     return true;
 }
 
@@ -278,6 +304,7 @@ static const struct OptionForm {
     {"--out", true, takeout},
     {"--size", true, takesize},
     {"--at", true, takeat},
+    {"--shift", true, takeshift},
     {"--yaw", true, takeyaw},
     {"--pitch", true, takepitch},
     {"--zoom", true, takezoom},
@@ -479,6 +506,7 @@ static void walktrail(MazeGame* game, i32 steps)
 
 static bool setscene(MazeGame* game, const Options* options)
 {
+    Maze_translate(game->root, options->shift, true);
     if (options->at != nullptr && !standat(game, options->at)) {
         return false;
     }

@@ -16,16 +16,19 @@ vec3 unit(vec3 v)
 void main()
 {
     vec3 p1 = gl_Vertex.xyz;
-    float d = length(o - p1);
+    vec3 away = o - p1;
+    float d = length(away);
     // Zero for an eye on the axis itself, which sees the ribbon from its edge. Units are crossed, so
     // that the product of two small vectors doesn't vanish.
-    vec3 pr = unit(cross(unit(gl_Normal), unit(o - p1)));
+    vec3 pr = unit(cross(unit(gl_Normal), unit(away)));
     float r1 = gl_MultiTexCoord0.y;
     float r0 = -r1;
     float f = gl_Vertex.w >= 2.0 ? gl_Vertex.w - 2.0 : gl_Vertex.w;
     // the margin keeps room for the anti-aliased edge at any distance
     r = r0 - 0.005 * d + (r1 - r0 + 0.01 * d) * f;
-    gl_Position = gl_ModelViewProjectionMatrix * vec4(p1 + pr * r, 1.0);
+    // seen from the eye, as the discs are
+    vec3 eye = (gl_ModelViewMatrix * vec4(o, 1.0)).xyz + mat3(gl_ModelViewMatrix) * (pr * r - away);
+    gl_Position = gl_ProjectionMatrix * vec4(eye, 1.0);
     oz = gl_Position.w / gl_ProjectionMatrix[2][3];
     gl_TexCoord[0] = gl_MultiTexCoord0;
     vec3 col = gl_Color.rgb;
