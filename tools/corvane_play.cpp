@@ -9,11 +9,14 @@
 #include "scene/scene.h"
 #include "shell/frame.h"
 #include "shell/numbers.h"
+#include "tool.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+static const char tool_name[] = "corvane-play";
 
 static const char help_text[] =
     "corvane-play SCRIPT [OPTION ...]\n"
@@ -40,9 +43,10 @@ static const char help_text[] =
     "  --display X,Y,WxH  a display of the desktop, repeatable; one of 1920x1080 if none\n"
     "  --dt SECONDS     what the clock advances in each frame, 1/60 if left out\n"
     "  --frames N       close the window after N frames\n"
-    "  --help           this text\n";
+    "  --help           this text\n"
+    "  --version        which version this is\n";
 
-enum { EXIT_BAD = 2, MAXWORDS = 8, MAXFRAME = 1000000000, MAXPIXELS = 1 << 24 };
+enum { MAXWORDS = 8, MAXFRAME = 1000000000, MAXPIXELS = 1 << 24 };
 
 static constexpr f64 step_most = 1e6; // seconds, of the clock in one frame
 
@@ -73,9 +77,7 @@ static bool bad(const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);
-    std::fputs("corvane-play: ", stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
+    tool_tell(tool_name, format, arguments);
     va_end(arguments);
     return false;
 }
@@ -406,7 +408,7 @@ static bool readoption(Options* options, const char* name, const char* value)
 {
     if (std::strcmp(name, "--log") == 0) {
         options->log = value;
-        return true;
+        return *value != 0 || bad("--log takes the name of a file");
     }
     if (std::strcmp(name, "--size") == 0) {
         return number_size(value, &options->width, &options->height) ||
@@ -437,7 +439,7 @@ static bool readarguments(Options* options, int argc, char** argv)
 {
     for (int i = 1; i < argc; i++) { // in the order given
         if (takesvalue(argv[i])) {
-            if (i + 1 == argc) {
+            if (i + 1 == argc || std::strncmp(argv[i + 1], "--", 2) == 0) {
                 return bad("%s needs a value", argv[i]);
             }
             if (!readoption(options, argv[i], argv[i + 1])) {
@@ -446,6 +448,8 @@ static bool readarguments(Options* options, int argc, char** argv)
             i++;
         } else if (argv[i][0] == '-') {
             return bad("unknown option %s (--help lists them)", argv[i]);
+        } else if (*argv[i] == 0) {
+            return bad("the name of the script is empty");
         } else if (options->script != nullptr) {
             return bad("one script only, not also '%s'", argv[i]);
         } else {
@@ -453,16 +457,6 @@ static bool readarguments(Options* options, int argc, char** argv)
         }
     }
     return options->script != nullptr || bad("which script? (--help tells more)");
-}
-
-static bool wantshelp(int argc, char** argv)
-{
-    for (int i = argc - 1; i >= 1; i--) {
-        if (std::strcmp(argv[i], "--help") == 0) {
-            return true;
-        }
-    }
-    return false;
 }
 
 // The run
@@ -510,9 +504,8 @@ static bool prepare(const Options* options, u8** text)
 
 int main(int argc, char** argv)
 {
-    if (wantshelp(argc, argv)) {
-        std::fputs(help_text, stdout);
-        return 0;
+    if (tool_answer(tool_name, help_text, argc, argv)) {
+        return tool_end(tool_name, EXIT_DONE);
     }
     Options options = {};
     u8* text = nullptr;
