@@ -40,7 +40,7 @@ static const char help_text[] =
     "\n"
     "  --log FILE       a line a frame, taken at its swap, tab-separated with a heading\n"
     "  --size WxH       a window of this client size, whatever the settings say\n"
-    "  --display X,Y,WxH  a display of the desktop, repeatable; one of 1920x1080 if none\n"
+    "  --display X,Y,WxH  a display of the desktop, up to 31 of them; one of 1920x1080 if none\n"
     "  --dt SECONDS     what the clock advances in each frame, 1/60 if left out\n"
     "  --frames N       close the window after N frames\n"
     "  --help           this text\n"
@@ -59,7 +59,8 @@ struct Shot {
 struct Options {
     const char* script;
     const char* log;
-    i32 frames; // 0: no limit
+    i32 frames;   // 0: no limit
+    i32 displays; // how many are claimed
     i32 width, height;
 };
 
@@ -379,7 +380,7 @@ static bool readscript(const char* file, u8** text)
 
 // The options
 
-static bool readdisplay(const char* value)
+static bool readdisplay(Options* options, const char* value)
 {
     i32 x = 0;
     i32 y = 0;
@@ -389,6 +390,10 @@ static bool readdisplay(const char* value)
     if (std::sscanf(value, "%7d,%7d,%n", &x, &y, &used) != 2 || used == 0 ||
         !number_size(value + used, &width, &height)) {
         return bad("--display takes X,Y,WxH, not '%s'", value);
+    }
+    options->displays++;
+    if (options->displays > PLATFORM_MAXDISPLAYS) {
+        return bad("--display can be given %d times at most", PLATFORM_MAXDISPLAYS);
     }
     scripted_display({.left = x, .top = y, .right = x + width, .bottom = y + height});
     return true;
@@ -415,7 +420,7 @@ static bool readoption(Options* options, const char* name, const char* value)
                bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
     }
     if (std::strcmp(name, "--display") == 0) {
-        return readdisplay(value);
+        return readdisplay(options, value);
     }
     if (std::strcmp(name, "--dt") == 0) {
         return readstep(value);

@@ -45,6 +45,15 @@ TEST(corvane_play, prints_its_help)
     EXPECT_EQ(folder.listing(), "");
 }
 
+static std::string thirty_two_displays()
+{
+    std::string options;
+    for (i32 i = 0; i < 32; i++) {
+        options += " --display 0,0,10x10";
+    }
+    return options;
+}
+
 TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
 {
     const Folder side;
@@ -69,6 +78,7 @@ TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {ok + " --frames 0", "--frames"},
         {ok + " --frames 1.5", "--frames"},
         {ok + " --display 0,0", "--display"},
+        {ok + thirty_two_displays(), "--display can be given 31 times at most"},
         {ok + " --display 0,0,10x", "--display"},
         {side.file("absent"), "no such file"},
         {side.path, side.path},
