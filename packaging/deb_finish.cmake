@@ -11,6 +11,10 @@ file(GLOB tools ${usr}/bin/*)
 execute_process(COMMAND strip --strip-unneeded -R .comment -R .note ${usr}/games/Corvane ${tools}
     COMMAND_ERROR_IS_FATAL ANY)
 
+file(MAKE_DIRECTORY ${usr}/share/lintian/overrides)
+configure_file(${CPACK_CORVANE_DEBIAN}/lintian-overrides ${usr}/share/lintian/overrides/corvane
+    COPYONLY)
+
 set(documents ${usr}/share/doc/corvane)
 file(RENAME ${documents}/CHANGELOG.md ${documents}/changelog)
 configure_file(${CPACK_CORVANE_DEBIAN}/changelog ${documents}/changelog.Debian COPYONLY)
