@@ -22,6 +22,14 @@ endif()
 add_library(corvane_plain INTERFACE)
 target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
 
+# What a distribution asks of programs that read files: checks of buffers and of the stack, and
+# tables of addresses that can't be written to once the program runs. The sanitizers check more.
+if(CMAKE_SYSTEM_NAME STREQUAL Linux AND NOT CORVANE_SANITIZE AND NOT CORVANE_FUZZ)
+    target_compile_options(corvane_plain INTERFACE -fstack-protector-strong
+        $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(corvane_plain INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
 # corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets])
 # One static library; it sees the layers that it names and those below them. The text of each
 # GLSL file is embedded under the file's stem.

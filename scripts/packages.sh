@@ -7,7 +7,8 @@ packages_build=(g++ cmake ninja-build pkg-config libsdl2-dev libegl-dev libgl-de
 # What the tests take beyond that. The layout of the sources is checked as version 14 sees it.
 packages_test=(libgtest-dev libbenchmark-dev libboost-dev libxcb-damage0-dev 'clang-format-14|clang-format' 'clang-tidy-14|clang-tidy'
     clang 'libclang-rt-dev|libclang-rt-14-dev' shellcheck glslang-tools xvfb xserver-xorg-video-dummy
-    x11-xserver-utils openbox xdotool wmctrl x11-xkb-utils strace util-linux mount)
+    x11-xserver-utils openbox xdotool wmctrl x11-xkb-utils strace util-linux mount
+    desktop-file-utils appstream mandoc lintian dpkg-dev)
 
 package_installed() {
     [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
@@ -59,7 +60,8 @@ packages_elsewhere() {
     done
     if [ "$1" = test ]; then
         for name in clang++ clang-format clang-tidy shellcheck glslangValidator Xvfb Xorg xrandr openbox xdotool \
-            wmctrl setxkbmap strace unshare setpriv mount; do
+            wmctrl setxkbmap strace unshare setpriv mount desktop-file-validate appstreamcli mandoc \
+            lintian dpkg-shlibdeps; do
             command -v "$name" >/dev/null || lacking+=("$name")
         done
         for name in gtest benchmark xcb-damage; do

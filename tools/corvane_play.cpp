@@ -9,11 +9,14 @@
 #include "scene/scene.h"
 #include "shell/frame.h"
 #include "shell/numbers.h"
+#include "tool.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+static const char tool_name[] = "corvane-play";
 
 static const char help_text[] =
     "corvane-play SCRIPT [OPTION ...]\n"
@@ -37,12 +40,13 @@ static const char help_text[] =
     "\n"
     "  --log FILE       a line a frame, taken at its swap, tab-separated with a heading\n"
     "  --size WxH       a window of this client size, whatever the settings say\n"
-    "  --display X,Y,WxH  a display of the desktop, repeatable; one of 1920x1080 if none\n"
+    "  --display X,Y,WxH  a display of the desktop, up to 31 of them; one of 1920x1080 if none\n"
     "  --dt SECONDS     what the clock advances in each frame, 1/60 if left out\n"
     "  --frames N       close the window after N frames\n"
-    "  --help           this text\n";
+    "  --help           this text\n"
+    "  --version        which version this is\n";
 
-enum { EXIT_BAD = 2, MAXWORDS = 8, MAXFRAME = 1000000000, MAXPIXELS = 1 << 24 };
+enum { MAXWORDS = 8, MAXFRAME = 1000000000, MAXPIXELS = 1 << 24 };
 
 static constexpr f64 step_most = 1e6; // seconds, of the clock in one frame
 
@@ -55,7 +59,8 @@ struct Shot {
 struct Options {
     const char* script;
     const char* log;
-    i32 frames; // 0: no limit
+    i32 frames;   // 0: no limit
+    i32 displays; // how many are claimed
     i32 width, height;
 };
 
@@ -73,9 +78,7 @@ static bool bad(const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);
-    std::fputs("corvane-play: ", stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
+    tool_tell(tool_name, format, arguments);
     va_end(arguments);
     return false;
 }
@@ -377,7 +380,7 @@ static bool readscript(const char* file, u8** text)
 
 // The options
 
-static bool readdisplay(const char* value)
+static bool readdisplay(Options* options, const char* value)
 {
     i32 x = 0;
     i32 y = 0;
@@ -387,6 +390,10 @@ static bool readdisplay(const char* value)
     if (std::sscanf(value, "%7d,%7d,%n", &x, &y, &used) != 2 || used == 0 ||
         !number_size(value + used, &width, &height)) {
         return bad("--display takes X,Y,WxH, not '%s'", value);
+    }
+    options->displays++;
+    if (options->displays > PLATFORM_MAXDISPLAYS) {
+        return bad("--display can be given %d times at most", PLATFORM_MAXDISPLAYS);
     }
     scripted_display({.left = x, .top = y, .right = x + width, .bottom = y + height});
     return true;
@@ -406,14 +413,14 @@ static bool readoption(Options* options, const char* name, const char* value)
 {
     if (std::strcmp(name, "--log") == 0) {
         options->log = value;
-        return true;
+        return *value != 0 || bad("--log takes the name of a file");
     }
     if (std::strcmp(name, "--size") == 0) {
         return number_size(value, &options->width, &options->height) ||
                bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
     }
     if (std::strcmp(name, "--display") == 0) {
-        return readdisplay(value);
+        return readdisplay(options, value);
     }
     if (std::strcmp(name, "--dt") == 0) {
         return readstep(value);
@@ -437,7 +444,7 @@ static bool readarguments(Options* options, int argc, char** argv)
 {
     for (int i = 1; i < argc; i++) { // in the order given
         if (takesvalue(argv[i])) {
-            if (i + 1 == argc) {
+            if (i + 1 == argc || std::strncmp(argv[i + 1], "--", 2) == 0) {
                 return bad("%s needs a value", argv[i]);
             }
             if (!readoption(options, argv[i], argv[i + 1])) {
@@ -446,6 +453,8 @@ static bool readarguments(Options* options, int argc, char** argv)
             i++;
         } else if (argv[i][0] == '-') {
             return bad("unknown option %s (--help lists them)", argv[i]);
+        } else if (*argv[i] == 0) {
+            return bad("the name of the script is empty");
         } else if (options->script != nullptr) {
             return bad("one script only, not also '%s'", argv[i]);
         } else {
@@ -453,16 +462,6 @@ static bool readarguments(Options* options, int argc, char** argv)
         }
     }
     return options->script != nullptr || bad("which script? (--help tells more)");
-}
-
-static bool wantshelp(int argc, char** argv)
-{
-    for (int i = argc - 1; i >= 1; i--) {
-        if (std::strcmp(argv[i], "--help") == 0) {
-            return true;
-        }
-    }
-    return false;
 }
 
 // The run
@@ -510,9 +509,8 @@ static bool prepare(const Options* options, u8** text)
 
 int main(int argc, char** argv)
 {
-    if (wantshelp(argc, argv)) {
-        std::fputs(help_text, stdout);
-        return 0;
+    if (tool_answer(tool_name, help_text, argc, argv)) {
+        return tool_end(tool_name, EXIT_DONE);
     }
     Options options = {};
     u8* text = nullptr;

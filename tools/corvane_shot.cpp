@@ -18,6 +18,7 @@
 #include "shell/camera.h"
 #include "shell/hud.h"
 #include "shell/numbers.h"
+#include "tool.h"
 
 #include <GL/gl.h>
 
@@ -28,6 +29,8 @@
 #include <cstdlib>
 #include <cstring>
 
+static const char tool_name[] = "corvane-shot";
+
 static const char help_text[] =
     "corvane-shot (--world FILE | --seed S) --out FILE [OPTION ...]\n"
     "Draws one picture of a world to a PNG and writes nothing else. The exit code is 2 for a bad\n"
@@ -35,9 +38,10 @@ static const char help_text[] =
     "\n"
     "  --world FILE     a save file of the game\n"
     "  --seed S         a new world from this seed, 0 to 4294967295\n"
-    "  --mode M         which new world: 0 (if left out), 1, 2; each is a random world\n"
-    "  --kind K         0 to 12: the kind of base maze in place of the one drawn;\n"
-    "                   5 is a block, each other a flat grid\n"
+    "  --mode M         which new world: 0 (if left out) a random one, 1 the nested grid, 2 the\n"
+    "                   gallery of chains\n"
+    "  --kind K         0 to 12: the kind of a random world in place of the one drawn;\n"
+    "                   corvane-world --help lists them\n"
     "  --out FILE       the picture\n"
     "  --size WxH       its size in pixels, 864x648 if left out\n"
     "  --at PATH:NODE   where the player stands: node numbers from the root down, as 1/17:3;\n"
@@ -48,12 +52,13 @@ static const char help_text[] =
     "  --zoom F         distance of the eye, times that at the start of a game\n"
     "  --first-person   the eye at the player's place\n"
     "  --clock T        time of the game in seconds; by it what has been walked has its age\n"
-    "  --plot STYLE     discs (if left out), gantries, balls, or flat: the shapes of J held down\n"
-    "  --voronoi M      the map of cells in its style M, 0 to 5, in place of the plot\n"
+    "  --plot STYLE     discs (if left out), gantries, balls, voronoi: the map of cells, or flat:\n"
+    "                   the shapes of J held down\n"
+    "  --voronoi-mode N  the style of the map of cells, 0 to 5; 5 if left out\n"
     "  --landscape      sky, land, sea and clouds\n"
     "  --light          the lamp at the player's place\n"
     "  --grid           the grid of scale\n"
-    "  --reachable      what can be reached in the player's level, in blue, as with F held down\n"
+    "  --area           what can be reached in the player's level, in blue, as with F held down\n"
     "  --lines          outlines in place of areas, as with I held down\n"
     "  --sharp          lines that aren't smoothed, as after P\n"
     "  --hud N          what is written over it: 0 the prompt, 1 the help, 2 the statistics, of a\n"
@@ -64,9 +69,13 @@ static const char help_text[] =
     "  --trail N        walk N steps first, each to the exit walked least recently, one a second "
     "up\n"
     "                   to the clock's time; steps before time 0 leave no trace\n"
-    "  --help           this text\n";
+    "  --help           this text\n"
+    "  --version        which version this is\n";
 
-enum { EXIT_BAD = 2, MAXTRAIL = 100000000 };
+enum { MAXTRAIL = 100000000 };
+
+// What --plot names: the plot types of the program, then what else it shows in their place.
+enum { PLOT_DISCS, PLOT_GANTRIES, PLOT_BALLS, PLOT_FLAT, PLOT_VORONOI, PLOTS };
 
 static constexpr f64 shift_most = 1e9; // units; single precision tells no nodes apart long before
 
@@ -84,11 +93,10 @@ struct Options {
     bool first_person;
     bool clock_given;
     f64 clock;
-    i32 plot;    // plot_type
-    bool flat;   // the flat shapes, with plot 0
-    i32 voronoi; // the style of the cells; negative: none
+    i32 plot;         // PLOT_DISCS and so on
+    i32 voronoi_mode; // negative: not given
     bool landscape, light, grid;
-    bool reachable, lines, sharp;
+    bool area, lines, sharp;
     i32 hud; // a HudMode
     i32 stereo;
     bool swap;
@@ -103,9 +111,7 @@ static bool bad(const char* format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);
-    std::fputs("corvane-shot: ", stderr);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
+    tool_tell(tool_name, format, arguments);
     va_end(arguments);
     return false;
 }
@@ -115,13 +121,13 @@ static bool bad(const char* format, ...)
 static bool takeworld(Options* options, const char* value)
 {
     options->world = value;
-    return true;
+    return *value != 0 || bad("--world takes the name of a file");
 }
 
 static bool takeout(Options* options, const char* value)
 {
     options->out = value;
-    return true;
+    return *value != 0 || bad("--out takes the name of a file");
 }
 
 static bool takeat(Options* options, const char* value)
@@ -232,22 +238,20 @@ static bool taketrail(Options* options, const char* value)
 
 static bool takeplot(Options* options, const char* value)
 {
-    static const char* const names[] = {"discs", "gantries", "balls"}; // by plot_type
-    options->flat = std::strcmp(value, "flat") == 0;
-    options->plot = 0;
-    for (i32 i = 2; i >= 0; i--) {
+    static const char* const names[PLOTS] = {"discs", "gantries", "balls", "flat", "voronoi"};
+    for (i32 i = PLOTS - 1; i >= 0; i--) {
         if (std::strcmp(value, names[i]) == 0) {
             options->plot = i;
             return true;
         }
     }
-    return options->flat || bad("--plot takes discs, gantries, balls or flat, not '%s'", value);
+    return bad("--plot takes discs, gantries, balls, voronoi or flat, not '%s'", value);
 }
 
-static bool takevoronoi(Options* options, const char* value)
+static bool takevoronoimode(Options* options, const char* value)
 {
-    return number_i32(value, 0, 5, &options->voronoi) ||
-           bad("--voronoi takes a number from 0 to 5, not '%s'", value);
+    return number_i32(value, 0, 5, &options->voronoi_mode) ||
+           bad("--voronoi-mode takes a number from 0 to 5, not '%s'", value);
 }
 
 static bool takelandscape(Options* options, const char* /*value*/)
@@ -268,9 +272,9 @@ static bool takegrid(Options* options, const char* /*value*/)
     return true;
 }
 
-static bool takereachable(Options* options, const char* /*value*/)
+static bool takearea(Options* options, const char* /*value*/)
 {
-    options->reachable = true;
+    options->area = true;
     return true;
 }
 
@@ -311,11 +315,11 @@ static const struct OptionForm {
     {"--first-person", false, takefirstperson},
     {"--clock", true, takeclock},
     {"--plot", true, takeplot},
-    {"--voronoi", true, takevoronoi},
+    {"--voronoi-mode", true, takevoronoimode},
     {"--landscape", false, takelandscape},
     {"--light", false, takelight},
     {"--grid", false, takegrid},
-    {"--reachable", false, takereachable},
+    {"--area", false, takearea},
     {"--lines", false, takelines},
     {"--sharp", false, takesharp},
     {"--hud", true, takehud},
@@ -344,6 +348,12 @@ static bool fitstogether(const Options* options)
         (options->seeded || options->mode_given || options->kind_given)) {
         return bad("--seed, --mode and --kind make a new world, --world brings its own");
     }
+    if (options->kind_given && options->mode != 0) {
+        return bad("--kind goes with --mode 0 only: the other modes have no kinds");
+    }
+    if (options->voronoi_mode >= 0 && options->plot != PLOT_VORONOI) {
+        return bad("--voronoi-mode goes with --plot voronoi only");
+    }
     return options->out != nullptr || bad("where to? --out (--help tells more)");
 }
 
@@ -354,7 +364,7 @@ static bool readarguments(Options* options, int argc, char** argv)
         if (form == nullptr) {
             return bad("unknown option %s (--help lists them)", argv[i]);
         }
-        if (form->hasvalue && i + 1 == argc) {
+        if (form->hasvalue && (i + 1 == argc || std::strncmp(argv[i + 1], "--", 2) == 0)) {
             return bad("%s needs a value", argv[i]);
         }
         if (!form->take(options, form->hasvalue ? argv[i + 1] : nullptr)) {
@@ -543,17 +553,17 @@ static f64 aim(MazeGame* game, const Options* options)
 // Sets what the keys of the program would have set, or hold down.
 static void setswitches(const Options* options)
 {
-    plot_type = options->plot;
-    voronoi_on = options->voronoi >= 0 ? 1 : 0;
-    if (voronoi_on != 0) {
-        voronoi_mode = options->voronoi;
+    plot_type = options->plot <= PLOT_BALLS ? options->plot : PLOT_DISCS;
+    voronoi_on = options->plot == PLOT_VORONOI ? 1 : 0;
+    if (options->voronoi_mode >= 0) {
+        voronoi_mode = options->voronoi_mode;
     }
     landscape_on = options->landscape ? 1 : 0;
     light_on = options->light ? 1 : 0;
     grid_on = options->grid ? 1 : 0;
     smooth_lines = options->sharp ? 0 : 1;
-    key_now['J'] = options->flat ? 0x80 : 0;
-    key_now['F'] = options->reachable ? 0x80 : 0;
+    key_now['J'] = options->plot == PLOT_FLAT ? 0x80 : 0;
+    key_now['F'] = options->area ? 0x80 : 0;
     glPolygonMode(GL_FRONT_AND_BACK, options->lines ? GL_LINE : GL_FILL);
 }
 
@@ -606,27 +616,16 @@ static bool makepicture(const Options* options)
     return done;
 }
 
-static bool wantshelp(int argc, char** argv)
-{
-    for (int i = argc - 1; i >= 1; i--) {
-        if (std::strcmp(argv[i], "--help") == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 int main(int argc, char** argv)
 {
-    if (wantshelp(argc, argv)) {
-        std::fputs(help_text, stdout);
-        return 0;
+    if (tool_answer(tool_name, help_text, argc, argv)) {
+        return tool_end(tool_name, EXIT_DONE);
     }
     Options options = {};
     options.width = 864;
     options.height = 648;
     options.zoom = 1;
-    options.voronoi = -1;
+    options.voronoi_mode = -1;
     options.hud = HUD_NOTHING;
     options.depth = 0.05;
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {

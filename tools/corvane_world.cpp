@@ -1,7 +1,6 @@
 // corvane-world: worlds without a window.
 #include "world.h"
 
-#include <cstdio>
 #include <cstring>
 
 static const char help_text[] =
@@ -54,7 +53,10 @@ static const char help_text[] =
     "      alone: OUT must be a name that nothing has\n"
     "\n"
     "  --help\n"
-    "      this text\n";
+    "      this text\n"
+    "\n"
+    "  --version\n"
+    "      which version this is\n";
 
 static const struct {
     const char* name;
@@ -65,20 +67,9 @@ static const struct {
                 {"digest", command_digest},
                 {"dump", command_dump}};
 
-static bool wantshelp(int argc, char** argv)
-{
-    for (int i = argc - 1; i >= 1; i--) {
-        if (std::strcmp(argv[i], "--help") == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 static int run(int argc, char** argv)
 {
-    if (wantshelp(argc, argv)) {
-        std::fputs(help_text, stdout);
+    if (tool_answer(tool_name, help_text, argc, argv)) {
         return EXIT_DONE;
     }
     if (argc < 2) {
@@ -94,9 +85,5 @@ static int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    const int code = run(argc, argv);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        return bad("standard output can't be written");
-    }
-    return code;
+    return tool_end(tool_name, run(argc, argv));
 }

@@ -4,23 +4,15 @@
 #include "model/savefile.h"
 
 #include <cinttypes>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 
-enum { LONGEST = 8192 }; // of what is told: a path and some words
-
 int bad(const char* format, ...)
 {
-    char text[LONGEST];
     std::va_list arguments;
     va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
+    tool_tell(tool_name, format, arguments);
     va_end(arguments);
-    for (char* at = text; *at != 0; at++) {           // from its first letter on
-        *at = static_cast<u8>(*at) < ' ' ? '?' : *at; // a file's name may hold the end of a line
-    }
-    std::fprintf(stderr, "corvane-world: %s\n", text);
     return EXIT_BAD;
 }
 

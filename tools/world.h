@@ -3,8 +3,12 @@
 
 #include "model/gamerec.h"
 #include "model/savelayout.h"
+#include "tool.h"
 
-enum { EXIT_DONE = 0, EXIT_UNSOUND = 1, EXIT_BAD = 2 };
+enum { EXIT_UNSOUND = 1 };
+
+/// What its messages begin with.
+inline const char tool_name[] = "corvane-world";
 
 /// Tells in one line on standard error what is wrong. Gives EXIT_BAD for the caller to pass on.
 [[gnu::format(printf, 1, 2)]] int bad(const char* format, ...);

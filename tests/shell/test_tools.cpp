@@ -45,6 +45,15 @@ TEST(corvane_play, prints_its_help)
     EXPECT_EQ(folder.listing(), "");
 }
 
+static std::string thirty_two_displays()
+{
+    std::string options;
+    for (i32 i = 0; i < 32; i++) {
+        options += " --display 0,0,10x10";
+    }
+    return options;
+}
+
 TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
 {
     const Folder side;
@@ -57,6 +66,10 @@ TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {ok + " --fly", "--fly"},
         {ok + " " + ok, "one script"},
         {ok + " --log", "--log needs a value"},
+        {ok + " --log ''", "--log takes the name of a file"},
+        {"''", "the name of the script is empty"},
+        {ok + " --log --frames 3", "--log needs a value"},
+        {ok + " '--fr\name'", "unknown option --fr?ame"},
         {ok + " --size 20", "--size"},
         {ok + " --size 0x20", "--size"},
         {ok + " --dt -1", "--dt"},
@@ -65,6 +78,7 @@ TEST(corvane_play, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {ok + " --frames 0", "--frames"},
         {ok + " --frames 1.5", "--frames"},
         {ok + " --display 0,0", "--display"},
+        {ok + thirty_two_displays(), "--display can be given 31 times at most"},
         {ok + " --display 0,0,10x", "--display"},
         {side.file("absent"), "no such file"},
         {side.path, side.path},
@@ -263,6 +277,18 @@ TEST(corvane_play, gives_the_same_log_for_the_same_script)
     EXPECT_EQ(one.read("maze_save.dat"), two.read("maze_save.dat"));
 }
 
+TEST(corvane_tools, say_their_version)
+{
+    const Folder folder;
+    for (const char* const tool : {"corvane-play", "corvane-shot", "corvane-world"}) {
+        const Outcome outcome = run_in(folder, program(tool) + " --out --version");
+        EXPECT_EQ(outcome.code, 0);
+        EXPECT_EQ(outcome.err, "");
+        EXPECT_EQ(outcome.out, std::string(tool) + " " CORVANE_VERSION "\n");
+    }
+    EXPECT_EQ(folder.listing(), "");
+}
+
 TEST(corvane_shot, prints_its_help)
 {
     const Folder folder;
@@ -270,11 +296,11 @@ TEST(corvane_shot, prints_its_help)
     EXPECT_EQ(outcome.code, 0);
     EXPECT_EQ(outcome.err, "");
     for (const char* const part :
-         {"--world",        "--seed",  "--mode",      "--kind",    "--out",
-          "--size",         "--at",    "--yaw",       "--pitch",   "--zoom",
-          "--first-person", "--clock", "--plot",      "--stereo",  "--swap",
-          "--depth",        "--hud",   "--trail",     "--voronoi", "--landscape",
-          "--light",        "--grid",  "--reachable", "--lines",   "--sharp"}) {
+         {"--world",        "--seed",      "--mode",  "--kind",  "--out",          "--size",
+          "--at",           "--yaw",       "--pitch", "--zoom",  "--first-person", "--clock",
+          "--plot",         "--stereo",    "--swap",  "--depth", "--hud",          "--trail",
+          "--voronoi-mode", "--landscape", "--light", "--grid",  "--area",         "--lines",
+          "--sharp",        "--version"}) {
         EXPECT_NE(outcome.out.find(part), std::string::npos) << part;
     }
     EXPECT_EQ(folder.listing(), "");
@@ -309,10 +335,18 @@ TEST(corvane_shot, refuses_bad_arguments_in_one_line_and_leaves_nothing)
         {"--seed 1 --out a.png --hud 4", "--hud"},
         {"--seed 1 --out a.png --hud -1", "--hud"},
         {"--seed 1 --out a.png --hud help", "--hud"},
-        {"--seed 1 --out a.png --plot cubes", "--plot takes discs, gantries, balls or flat"},
+        {"--seed 1 --out a.png --plot cubes",
+         "--plot takes discs, gantries, balls, voronoi or flat"},
         {"--seed 1 --out a.png --plot", "--plot needs a value"},
-        {"--seed 1 --out a.png --voronoi 6", "--voronoi takes a number from 0 to 5, not '6'"},
-        {"--seed 1 --out a.png --voronoi -1", "--voronoi"},
+        {"--seed 1 --out a.png --plot voronoi --voronoi-mode 6",
+         "--voronoi-mode takes a number from 0 to 5, not '6'"},
+        {"--seed 1 --out a.png --plot voronoi --voronoi-mode -1", "--voronoi-mode"},
+        {"--seed 1 --out a.png --voronoi-mode 3", "--plot voronoi only"},
+        {"--seed 1 --out a.png --mode 2 --kind 3", "--mode 0 only"},
+        {"--seed 1 --out --grid", "--out needs a value"},
+        {"--seed 1 --out ''", "--out takes the name of a file"},
+        {"--world '' --out a.png", "--world takes the name of a file"},
+        {"--seed 1 --out a.png '--gr\nid'", "unknown option --gr?id"},
         {"--seed 1 --out a.png --stereo 9", "--stereo takes a number from 0 to 8, not '9'"},
         {"--seed 1 --out a.png --stereo -1", "--stereo"},
         {"--seed 1 --out a.png --stereo", "--stereo needs a value"},
@@ -435,14 +469,14 @@ static const struct {
     {"--plot gantries", "at 1 press G\n"},
     {"--plot balls", "at 1 press G\nat 3 press G\n"},
     {"--plot flat", "at 7 hold J\n"},
-    {"--voronoi 5", "at 1 press V\n"},
-    {"--voronoi 1", "at 1 press V\nat 3 press M\nat 5 press M\n"},
+    {"--plot voronoi", "at 1 press V\n"},
+    {"--plot voronoi --voronoi-mode 1", "at 1 press V\nat 3 press M\nat 5 press M\n"},
     {"--plot balls --light", "at 1 press G\nat 3 press G\nat 5 hold Shift\nat 5 press L\n"
                              "at 6 release Shift\n"},
     {"--grid", "at 1 hold Shift\nat 1 press G\nat 2 release Shift\n"},
     {"--grid --sharp", "at 1 hold Shift\nat 1 press G\nat 2 release Shift\nat 3 press P\n"},
-    {"--reachable", "at 7 hold F\n"},
-    {"--plot flat --reachable", "at 7 hold J\nat 7 hold F\n"},
+    {"--area", "at 7 hold F\n"},
+    {"--plot flat --area", "at 7 hold J\nat 7 hold F\n"},
     {"--lines", "at 7 hold I\n"},
 };
 
