@@ -21,6 +21,10 @@ endif()
 # Flags that only the program's own code takes: tests may use anything.
 add_library(corvane_plain INTERFACE)
 target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
+if(CORVANE_COVERAGE)
+    target_compile_options(corvane_plain INTERFACE --coverage -O1)
+    target_link_options(corvane_flags INTERFACE --coverage)
+endif()
 
 # corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets])
 # One static library; it sees the layers that it names and those below them. The text of each
@@ -76,6 +80,8 @@ function(corvane_test name)
     target_compile_definitions(test_${name} PRIVATE
         CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
     target_link_libraries(test_${name} PRIVATE corvane_flags GTest::gtest)
+    # to optimise the tests themselves takes twice the time that it saves
+    target_compile_options(test_${name} PRIVATE -O0)
     # where GCC 12 optimises standard containers it warns of overlaps and overruns that aren't there
     target_compile_options(test_${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:
         -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow -Wno-free-nonheap-object>)
