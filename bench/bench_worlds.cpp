@@ -74,8 +74,14 @@ static void make_worlds(benchmark::State& state, i32 mode)
     tell(state, made);
 }
 
+static const char* const kinds[MAKEMAZE_KINDS] = {
+    "grid",   "grid, again",    "grid, again", "triangle", "honeycomb",     "block",       "disc",
+    "sphere", "mazes in mazes", "twice",       "torus",    "Moebius strip", "three times",
+};
+
 static void random_world(benchmark::State& state)
 {
+    state.SetLabel(kinds[state.range(0)]);
     makemaze_forced_kind = static_cast<i32>(state.range(0));
     make_worlds(state, 0);
     makemaze_forced_kind = -1;
