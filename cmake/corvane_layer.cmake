@@ -21,6 +21,10 @@ endif()
 # Flags that only the program's own code takes: tests may use anything.
 add_library(corvane_plain INTERFACE)
 target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
+if(CORVANE_COVERAGE)
+    target_compile_options(corvane_plain INTERFACE --coverage -O1)
+    target_link_options(corvane_flags INTERFACE --coverage)
+endif()
 
 # What a distribution asks of programs that read files: checks of buffers and of the stack, and
 # tables of addresses that can't be written to once the program runs. The sanitizers check more.
@@ -71,6 +75,27 @@ function(corvane_program name)
     endforeach()
 endfunction()
 
+# Flags of the tests, and the routine main that they share. What most of them include is compiled once,
+# but not beside a cache of compilations, which would keep none of them then.
+function(corvane_harness file)
+    add_library(corvane_testing INTERFACE)
+    target_include_directories(corvane_testing INTERFACE ${CMAKE_SOURCE_DIR})
+    target_compile_definitions(corvane_testing INTERFACE _REENTRANT # as SDL's users have it
+        CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
+    target_link_libraries(corvane_testing INTERFACE corvane_flags GTest::gtest)
+    # to optimise the tests themselves takes twice the time that it saves
+    target_compile_options(corvane_testing INTERFACE -O0)
+    # where GCC 12 optimises standard containers it warns of overlaps and overruns that aren't there
+    target_compile_options(corvane_testing INTERFACE $<$<CXX_COMPILER_ID:GNU>:
+        -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow -Wno-free-nonheap-object>)
+    add_library(corvane_harness OBJECT ${file})
+    target_link_libraries(corvane_harness PRIVATE corvane_testing)
+    if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+        target_precompile_headers(corvane_harness PRIVATE <gtest/gtest.h> <algorithm> <cmath>
+            <filesystem> <fstream> <functional> <map> <random> <set> <sstream> <string> <vector>)
+    endif()
+endfunction()
+
 # corvane_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
 # One program a layer, test_LAYER; each file test_x.cpp is one CTest test, LAYER.x, which runs the
 # subjects that the file declares.
@@ -79,14 +104,11 @@ function(corvane_test name)
     if(NOT ARG_USES)
         set(ARG_USES ${name})
     endif()
-    add_executable(test_${name} ${ARG_FILES} ${ARG_EXTRA} ${CMAKE_SOURCE_DIR}/tests/harness.cpp)
-    target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR})
-    target_compile_definitions(test_${name} PRIVATE
-        CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
-    target_link_libraries(test_${name} PRIVATE corvane_flags GTest::gtest)
-    # where GCC 12 optimises standard containers it warns of overlaps and overruns that aren't there
-    target_compile_options(test_${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:
-        -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow -Wno-free-nonheap-object>)
+    add_executable(test_${name} ${ARG_FILES} ${ARG_EXTRA} $<TARGET_OBJECTS:corvane_harness>)
+    target_link_libraries(test_${name} PRIVATE corvane_testing)
+    if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+        target_precompile_headers(test_${name} REUSE_FROM corvane_harness)
+    endif()
     foreach(below ${ARG_USES})
         target_link_libraries(test_${name} PRIVATE corvane_${below})
     endforeach()

@@ -19,10 +19,14 @@ build_programs() {
     cmake --build build/release --target Corvane corvane-play corvane-shot corvane-world
 }
 
-# build_all PRESET: programs, tests and benchmarks.
+# build_all PRESET: programs and tests, in release the benchmarks too.
 build_all() {
+    local bench=OFF
+    if [ "$1" = release ]; then
+        bench=ON
+    fi
     build_drop_moved "$1"
-    cmake --preset "$1" -DCORVANE_TESTS=ON -DCORVANE_BENCH=ON
+    cmake --preset "$1" -DCORVANE_TESTS=ON -DCORVANE_BENCH=$bench
     cmake --build "build/$1"
 }
 

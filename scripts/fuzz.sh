@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# fuzz.sh SECONDS: runs each fuzzer for that long, as many at once as there are processors, and fails
-# on any finding. They start from copies of their corpora, so that the tree stays as it is; what a
-# finding takes to happen again is left in build/fuzz/findings/.
+# fuzz.sh SECONDS: runs each fuzzer for that long, all at once, and fails on any finding. With fewer
+# processors than fuzzers they run for so much longer that each gets as much of a processor. They start
+# from copies of their corpora, so that the tree stays as it is; what a finding takes to happen again is
+# left in build/fuzz/findings/.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -9,7 +10,12 @@ if [ $# -ne 1 ] || ! [[ $1 =~ ^[1-9][0-9]*$ ]]; then
     echo "usage: fuzz.sh SECONDS" >&2
     exit 2
 fi
+fuzzers=('savefile 8192' 'config 2048' 'text 1024') # name, and the longest input
+processors=$(nproc)
 seconds=$1
+if [ "$processors" -lt ${#fuzzers[@]} ]; then
+    seconds=$((($1 * ${#fuzzers[@]} + processors - 1) / processors))
+fi
 work=$PWD/build/fuzz/runs
 findings=$PWD/build/fuzz/findings
 rm -rf "$work"
@@ -31,5 +37,5 @@ run_fuzzer() {
 export -f run_fuzzer
 export work findings seconds
 
-printf '%s\n' 'savefile 8192' 'config 2048' 'text 1024' |
-    xargs -P "$(nproc)" -I '{}' bash -c 'set -euo pipefail; run_fuzzer {}'
+printf '%s\n' "${fuzzers[@]}" |
+    xargs -P ${#fuzzers[@]} -I '{}' bash -c 'set -euo pipefail; run_fuzzer {}'

@@ -143,6 +143,21 @@ GL_COUNTED(void, glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), (r, g,
 GL_COUNTED(void, glBindTexture, (GLenum target, GLuint name), (target, name), )
 GL_COUNTED(void, glPushMatrix, (), (), )
 GL_COUNTED(void, glPopMatrix, (), (), )
+GL_COUNTED(void, glAlphaFunc, (GLenum test, GLclampf value), (test, value), )
+GL_COUNTED(void, glClearColor, (GLclampf r, GLclampf g, GLclampf b, GLclampf a), (r, g, b, a), )
+GL_COUNTED(void, glColorMask, (GLboolean r, GLboolean g, GLboolean b, GLboolean a), (r, g, b, a), )
+GL_COUNTED(void, glLoadIdentity, (), (), )
+GL_COUNTED(void, glOrtho, (GLdouble l, GLdouble r, GLdouble b, GLdouble t, GLdouble n, GLdouble f),
+           (l, r, b, t, n, f), )
+GL_COUNTED(void, glPolygonMode, (GLenum face, GLenum mode), (face, mode), )
+GL_COUNTED(void, glPopAttrib, (), (), )
+GL_COUNTED(void, glPushAttrib, (GLbitfield mask), (mask), )
+GL_COUNTED(void, glScalef, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), )
+GL_COUNTED(void, glScissor, (GLint x, GLint y, GLsizei width, GLsizei height),
+           (x, y, width, height), )
+GL_COUNTED(void, glTranslatef, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), )
+GL_COUNTED(void, glViewport, (GLint x, GLint y, GLsizei width, GLsizei height),
+           (x, y, width, height), )
 using GlText = const GLubyte*;
 GL_COUNTED(GlText, glGetString, (GLenum what), (what), )
 GL_COUNTED(GLenum, glGetError, (), (), )

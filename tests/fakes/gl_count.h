@@ -80,5 +80,7 @@ inline void gl_count_entries()
     GlEntry<&GlEntryPoints::Uniform3f>::install();
     GlEntry<&GlEntryPoints::Uniform3fv>::install();
     GlEntry<&GlEntryPoints::Uniform1i>::install();
+    GlEntry<&GlEntryPoints::Uniform2i>::install();
     GlEntry<&GlEntryPoints::UniformMatrix4fv>::install();
+    GlEntry<&GlEntryPoints::ActiveTexture>::install();
 }
