@@ -222,9 +222,19 @@ static void letgo(Hands* hands, i32 frame)
     }
 }
 
+// The landscape's shaders take so long that it doesn't stay for long.
+static void leavelandscape(Hands* hands, i32 frame)
+{
+    if (landscape_on != 0 && hands_below(hands, 3) == 0 && hands->keyup['L'] == 0 &&
+        hands->keyup[KEY_SHIFT] == 0) {
+        keydown(hands, frame, 'L', 1);
+    }
+}
+
 void hands_play(Hands* hands, i32 frame)
 {
     letgo(hands, frame);
+    leavelandscape(hands, frame);
     if (hands->nested) {
         newworld(hands, frame);
         return;
