@@ -9,7 +9,7 @@ static Picture shot_of(const Folder& folder, const std::string& options)
     return read_png(folder.file("a.png"));
 }
 
-TEST(corvane_tools, tell_that_their_output_goes_nowhere)
+TEST(tools_output, tell_that_their_output_goes_nowhere)
 {
     const Folder folder;
     for (const std::string tool : {"corvane-play", "corvane-shot", "corvane-world"}) {
@@ -21,7 +21,7 @@ TEST(corvane_tools, tell_that_their_output_goes_nowhere)
     }
 }
 
-TEST(corvane_play, tells_a_log_that_cannot_be_written_whole)
+TEST(tools_output, tells_a_log_that_cannot_be_written_whole)
 {
     const Folder folder;
     leave_line(folder);
@@ -32,7 +32,7 @@ TEST(corvane_play, tells_a_log_that_cannot_be_written_whole)
     EXPECT_EQ(outcome.err, "corvane-play: /dev/full: the log could not be written whole\n");
 }
 
-TEST(corvane_play, takes_no_key_from_minimise_to_restore)
+TEST(corvane_play_run, takes_no_key_from_minimise_to_restore)
 {
     const Folder folder;
     leave_line(folder);
@@ -43,7 +43,7 @@ TEST(corvane_play, takes_no_key_from_minimise_to_restore)
 }
 
 // On alternate rows the place of the window decides which eye has the even ones.
-TEST(corvane_play, moves_the_window_by_rows_of_the_display)
+TEST(corvane_play_run, moves_the_window_by_rows_of_the_display)
 {
     const Folder folder;
     run_in(folder,
@@ -58,7 +58,7 @@ TEST(corvane_play, moves_the_window_by_rows_of_the_display)
     EXPECT_EQ(read_png(folder.file("again.png")).rgb, even.rgb);
 }
 
-TEST(corvane_shot, draws_the_world_that_corvane_world_makes)
+TEST(corvane_shot_world, draws_the_world_that_corvane_world_makes)
 {
     const Folder folder;
     for (const std::string world : {"--seed 5 --mode 0", "--seed 5 --mode 0 --kind 4",
@@ -74,7 +74,7 @@ TEST(corvane_shot, draws_the_world_that_corvane_world_makes)
     EXPECT_EQ(shot_of(folder, "--seed 5").rgb, shot_of(folder, "--seed 5 --mode 0").rgb);
 }
 
-TEST(corvane_shot, stands_two_levels_down_by_a_path_of_two_numbers)
+TEST(corvane_shot_world, stands_two_levels_down_by_a_path_of_two_numbers)
 {
     const Folder folder;
     const auto leave = [&folder](i32 level, i32 node) {
@@ -112,7 +112,7 @@ static void leave_walked(const Folder& folder, const std::vector<i32>& nodes)
 
 // To the exit of the lower number at first, back from the end, and on past the start, where the way
 // on was never walked.
-TEST(corvane_shot, walks_a_trail_to_the_exit_walked_least_recently_a_second_a_step)
+TEST(corvane_shot_world, walks_a_trail_to_the_exit_walked_least_recently_a_second_a_step)
 {
     std::vector<i32> nodes;
     for (i32 node = 9; node >= 0; node--) {
