@@ -384,11 +384,9 @@ static bool loadworld(MazeGame* game, const char* path)
     u8* bytes = nullptr;
     size_t size = 0;
     const WholeFileRead outcome = wholefile_read(path, &bytes, &size, why);
-    if (outcome == WHOLEFILE_MISSING) {
-        return bad("%s: there is no such file", path);
-    }
-    if (outcome == WHOLEFILE_UNREADABLE) {
-        return bad("%s: %s", path, why);
+    if (outcome != WHOLEFILE_READ) {
+        bad("%s: %s", path, outcome == WHOLEFILE_MISSING ? "there is no such file" : why);
+        return false;
     }
     const bool sound = savefile_check(bytes, size, why) == SAVE_SOUND;
     if (sound) {
