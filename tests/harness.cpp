@@ -12,20 +12,24 @@ static std::string failures; // written by FailureKeeper
 class FailureKeeper : public testing::EmptyTestEventListener
 {
   private:
+    void OnTestStart(const testing::TestInfo& test) override
+    {
+        name = std::string(test.test_suite_name()) + "." + test.name() + " ";
+    }
+    void OnTestEnd(const testing::TestInfo& /*test*/) override
+    {
+        name = "";
+    }
     void OnTestPartResult(const testing::TestPartResult& result) override
     {
-        if (!result.failed()) {
-            return;
+        if (result.failed()) {
+            const std::string file = result.file_name() == nullptr ? "?" : result.file_name();
+            failures += name + "at " + file + ":" + std::to_string(result.line_number()) + "\n" +
+                        result.message() + "\n";
         }
-        const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
-        std::ostringstream heading;
-        if (test != nullptr) {
-            heading << test->test_suite_name() << "." << test->name() << " ";
-        }
-        heading << "at " << (result.file_name() == nullptr ? "?" : result.file_name()) << ":"
-                << result.line_number() << "\n";
-        failures += heading.str() + result.message() + "\n";
     }
+
+    std::string name; // of the test that runs
 };
 
 static void tell_failures()
