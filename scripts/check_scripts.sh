@@ -7,6 +7,6 @@ if ! command -v shellcheck >/dev/null; then
     echo "shellcheck is not installed" >&2
     exit 1
 fi
-mapfile -t files < <(find scripts bench tests packaging -name '*.sh' | sort)
+mapfile -t files < <(find scripts bench tests docs packaging -name '*.sh' | sort)
 shellcheck -x run.sh test.sh .ci/run packaging/corvane "${files[@]}"
 echo "$((${#files[@]} + 4)) scripts are sound"
