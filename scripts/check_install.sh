@@ -99,10 +99,12 @@ started() {
     env -u XDG_DATA_HOME -u HOME "$@" 2>&1
 }
 
+# The launcher is what the desktop entry starts.
 check_launcher() {
-    local launcher=$folder/where/corvane
+    local launcher
+    launcher=$folder/where/$(sed -n 's/^Exec=//p' "$folder/root/usr/share/applications/corvane.desktop")
     mkdir "$folder/where" "$folder/home"
-    cp "$bin/corvane" "$launcher"
+    cp "$bin/$(basename "$launcher")" "$launcher"
     printf '#!/bin/sh\npwd\n' >"$folder/where/Corvane"
     chmod +x "$folder/where/Corvane"
     ln -s "$launcher" "$folder/link"
