@@ -23,7 +23,7 @@ add_library(corvane_plain INTERFACE)
 target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
 if(CORVANE_COVERAGE)
     target_compile_options(corvane_plain INTERFACE --coverage -O1)
-    target_link_options(corvane_flags INTERFACE --coverage)
+    target_link_options(corvane_flags INTERFACE --coverage -Wl,-u,__gcov_dump)
 endif()
 
 # What a distribution asks of programs that read files: checks of buffers and of the stack, and

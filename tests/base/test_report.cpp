@@ -1,5 +1,6 @@
 #include "base/clock.h"
 #include "base/report.h"
+#include "tests/endchild.h"
 #include "tests/tempfolder.h"
 
 #include <cstdio>
@@ -240,7 +241,7 @@ template <typename Piece> static ChildRun run_in_child(const std::string& input,
                          std::freopen(folder.file("err").c_str(), "w", stderr) != nullptr;
         const int code = set ? piece() : 99;
         std::fflush(nullptr);
-        _exit(code);
+        end_child(code);
     }
     int status = 0;
     EXPECT_EQ(waitpid(child, &status, 0), child);
@@ -285,7 +286,7 @@ static int print_and_end()
     };
     report_exit = [](int code) {
         std::fflush(nullptr);
-        _exit(code + 40);
+        end_child(code + 40);
     };
     return 0;
 }
@@ -351,7 +352,7 @@ TEST(Report_firstuse, sets_the_start_time_once)
             const bool set = report_start_time == 5.5;
             fixed_time = 7.5;
             report_inner("walls", 2, REPORT_TEXT, "second", 0);
-            _exit(set && report_start_time == 5.5 ? 0 : 1);
+            end_child(set && report_start_time == 5.5 ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
     testing::GTEST_FLAG(death_test_style) = "fast";
