@@ -6,26 +6,11 @@
 #include "model/pos.h"
 #include "model/savefile.h"
 #include "model/surgery.h"
-#include "tests/quiet.h"
+#include "tests/window/basemaze.h"
 #include "tests/window/session.h"
 
 #include <cmath>
 #include <sstream>
-
-// The base maze of a random world.
-static Maze* level_of(const MazeGame& game)
-{
-    return Maze_node(game.root, 1)->sub;
-}
-
-static i32 inner_node(const Maze* maze)
-{
-    i32 i = Maze_count(maze) - 1;
-    while (Maze_node(maze, i)->sub != nullptr || Maze_node(maze, i)->nedges == 0) {
-        i--;
-    }
-    return i;
-}
 
 static std::string graph(const Maze* maze)
 {
@@ -89,17 +74,7 @@ class Keys_on_worlds : public WindowTest
     void leave_world(i32 kind) const
     {
         settings("Resolution: 320x240\n");
-        const Quiet quiet;
-        MazeGame game;
-        rnd_seed(7);
-        makemaze_forced_kind = kind;
-        MazeGame_new(&game, 0);
-        makemaze_forced_kind = -1;
-        game.pos = {level_of(game), inner_node(level_of(game))};
-        std::string why(SAVE_WHY, 0);
-        const bool done = MazeGame_save(&game, save().c_str(), why.data());
-        MazeGame_free(&game);
-        ASSERT_TRUE(done) << why;
+        leave_base_maze(save(), kind);
     }
 
     // Runs the program, gives it keys, and quits.
@@ -136,14 +111,10 @@ static void contract_simplify_relax(const Session& run)
 // The same contractions without a window.
 static void contract(MazeGame* game)
 {
-    for (u32 held = 0; held < 4; held++) { // none, Shift, Ctrl, both
-        const ReshapeKeys keys = {.simplify = false,
-                                  .relax = false,
-                                  .contract = true,
-                                  .shift = (held & 1) != 0,
-                                  .ctrl = (held & 2) != 0};
-        MazeGame_reshape(game, &keys, 0.01);
-    }
+    contract_base(game, false, false);
+    contract_base(game, true, false);
+    contract_base(game, false, true);
+    contract_base(game, true, true);
 }
 
 // Kinds 1 and 2 are kind 0 by other numbers.
