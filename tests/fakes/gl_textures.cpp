@@ -63,3 +63,12 @@ extern "C" void glGetIntegerv(GLenum what, GLint* out)
         *out = gl_textures.limit;
     }
 }
+
+extern "C" const GLubyte* glGetString(GLenum what)
+{
+    static const auto call = next<decltype(&glGetString)>("glGetString");
+    if (what == GL_RENDERER && gl_textures.renderer != nullptr) {
+        return reinterpret_cast<const GLubyte*>(gl_textures.renderer);
+    }
+    return call(what);
+}

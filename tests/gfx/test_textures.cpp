@@ -45,6 +45,7 @@ struct TextureWindow {
         have_anisotropy = -1;
         have_framebuffers = -1;
         max_anisotropy = 0;
+        gl_textures.renderer = "a card";
     }
 };
 
@@ -481,6 +482,16 @@ TEST(tex_set_anisotropy, raises_it_to_the_cards_limit)
     EXPECT_EQ(anisotropy(), anisotropy_limit());
 }
 
+TEST(tex_set_anisotropy, leaves_the_default_where_OpenGL_is_drawn_in_software)
+{
+    const TextureWindow window;
+    bound_texture();
+    gl_textures.renderer = "llvmpipe (LLVM 15.0.6, 256 bits)";
+    tex_set_anisotropy(GL_TEXTURE_2D);
+    EXPECT_EQ(have_anisotropy, 0);
+    EXPECT_EQ(anisotropy(), 1.0F);
+}
+
 TEST(tex_set_anisotropy, reads_the_limit_once)
 {
     const TextureWindow window;
@@ -504,6 +515,7 @@ TEST(tex_set_anisotropy, leaves_the_default_without_the_extension)
 static void make_without(const char* lacked)
 {
     setenv("MESA_EXTENSION_OVERRIDE", lacked, 1);
+    gl_textures.renderer = "a card";
     scripted_begin();
     windowed = true;
     gfx_open(64, 48, "test");

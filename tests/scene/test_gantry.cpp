@@ -425,9 +425,7 @@ static void shown_range(Shown range[2], const GantryPlate& plate, const Tiles& t
 static void expect_plate(Walks* walks, const GantryPlate& plate, f64 side)
 {
     gfx_set_fov(0.6F, 0.1F, 1000);
-    have_anisotropy = 0; // its filter is the driver's own
     const Tiles tiles(walks);
-    have_anisotropy = -1;
     const Picture picture = walks->draw();
     const Daylight light(walks->game.time);
     f64 lamp[3];

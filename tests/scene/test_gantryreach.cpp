@@ -44,7 +44,6 @@ struct ReachNest {
     {
         picture_open();
         gfx_resize(48, 36);
-        have_anisotropy = 0; // which costs the software renderer most of its time
         gantry_tex = 0;
         gantry_tnorm = 0;
         gfx_set_fov(90, 0.1F, 1000);
@@ -61,7 +60,6 @@ struct ReachNest {
     ~ReachNest()
     {
         plot_type = 0;
-        have_anisotropy = -1;
         MazeGame_free(&game);
     }
     ReachNest(const ReachNest&) = delete;
