@@ -118,7 +118,8 @@ TEST_F(Plot_keys, F_paints_over_each_style)
         const Pixels without = changed_by(key);
         const Pixels painted = held("f");
         EXPECT_GT(blue_of(painted, width).left, blue_of(without, width).left + 300) << key;
-        EXPECT_NEAR(blue_of(painted, width).right, blue_of(without, width).right, 50) << key;
+        // the day goes on between the two, and with it the colours
+        EXPECT_NEAR(blue_of(painted, width).right, blue_of(without, width).right, 150) << key;
     }
 }
 
