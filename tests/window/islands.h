@@ -42,7 +42,8 @@ inline i32 add_grid(Maze* maze, i32 n, f64 left, f64 bottom)
 {
     const i32 first = Maze_count(maze);
     for (i32 i = 0; i < n * n; i++) {
-        add_node(maze, left + 2 * (i % n), bottom + 2 * (i / n), 0, 0.5);
+        const i32 row = i / n;
+        add_node(maze, left + 2 * (i % n), bottom + 2 * row, 0, 0.5);
         if (i % n > 0) {
             Maze_join(maze, first + i - 1, first + i);
         }

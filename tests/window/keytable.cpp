@@ -139,7 +139,8 @@ static Middle middle(const Playing& play)
     for (size_t i = 0; i < pixels.size(); i++) {
         if (pixels[i] != 0) {
             sum.x += static_cast<double>(i % width);
-            sum.y += static_cast<double>(i / width);
+            const size_t row = i / width;
+            sum.y += static_cast<double>(row);
             n++;
         }
     }
@@ -270,11 +271,6 @@ static void left_tilted_back(const std::string& folder)
     const Save save(save_in(folder));
     EXPECT_GT(save.orient[5], 0.01);
     EXPECT_GT(save.orient[8], -0.9999);
-}
-
-static void stands_at_the_player(const Playing& play, const std::string& keys)
-{
-    changes_the_picture(play, keys);
 }
 
 static void left_at_the_player(const std::string& folder)
@@ -432,7 +428,7 @@ const std::vector<KeyRow> key_table = {
     {"D", PLAY_WALK, walks},
     {"left button", PLAY_WALK, walks_by_the_mouse},
     {"wheel back", PLAY_WALK, wheels_back, left_farther_by_a_notch},
-    {"1", PLAY_WALK, stands_at_the_player, left_at_the_player},
+    {"1", PLAY_WALK, changes_the_picture, left_at_the_player},
     {"Escape", PLAY_WALK, quits},
 
     {"Ctrl+Left", PLAY_NEAR, holds, left_turned_left},

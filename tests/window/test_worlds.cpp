@@ -1,7 +1,4 @@
-// The keys that make worlds and reshape them, on worlds of each kind, and what they leave in the save.
-#include "base/rnd.h"
-#include "generate/makemaze.h"
-#include "model/commands.h"
+// The keys that reshape worlds, on worlds of each kind, and what they leave in the save.
 #include "model/mazegame.h"
 #include "model/pos.h"
 #include "model/savefile.h"
@@ -177,34 +174,5 @@ TEST_F(Keys_on_worlds, E_reddens_a_level_and_leaves_what_lies_in_it_behind)
                         0.4 * way(node, Maze_node(now, i)), 1e-6);
         }
     }
-    EXPECT_EQ(fault(save()), "");
-}
-
-TEST_F(Keys_on_worlds, N_with_Shift_and_Ctrl_makes_the_gallery)
-{
-    settings("Resolution: 320x240\n");
-    play([](const Session& run) { run.tap("shift+ctrl+n"); });
-    const Save after(save());
-    EXPECT_STREQ(after.game.root->name, "pg->root");
-    EXPECT_EQ(Maze_count(after.game.root), 12);
-    EXPECT_EQ(fault(save()), "");
-}
-
-// Four million nodes are made, shown and saved. The file is judged without being built.
-TEST_F(Keys_on_worlds, N_with_Shift_makes_the_nested_grid)
-{
-    settings("Resolution: 320x240\n");
-    Session run(desktop, folder);
-    run.start();
-    const std::vector<std::uint32_t> old = desktop.pixels(run.window());
-    run.tap("shift+n");
-    EXPECT_TRUE(wait_until(60, [&] {
-        return desktop.pixels(run.window()) != old && desktop.colours(run.window()) > 8;
-    }));
-    desktop.run("xdotool key Escape");
-    wait_until(60, [&] { return !run.running(); });
-    EXPECT_EQ(run.finish(), 0);
-    const std::string head = file_text(save()).substr(0, 5);
-    EXPECT_EQ(head.substr(1), std::string("\x90\x01\0\0", 4)) << "400 nodes at the root";
     EXPECT_EQ(fault(save()), "");
 }
