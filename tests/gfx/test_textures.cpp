@@ -2,6 +2,7 @@
 #include "gfx/offscreen.h"
 #include "gfx/platform.h"
 #include "gfx/textures.h"
+#include "tests/fakes/gl_textures.h"
 #include "tests/gl_state.h"
 #include "tests/scripted_window.h"
 
