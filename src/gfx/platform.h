@@ -97,8 +97,12 @@ struct Platform {
     void* (*glproc)(const char* symbol);
 };
 
-extern const Platform platform_sdl;
+extern const Platform platform_sdl;   // where there is no Windows
+extern const Platform platform_win32; // on Windows
 extern const Platform platform_scripted;
+
+/// The back end of this system's desktop.
+extern const Platform* const platform_desktop;
 
 /// The back end in use. Set by platform_use, before anything else of the graphics side runs.
 extern const Platform* platform;

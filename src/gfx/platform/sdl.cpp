@@ -697,3 +697,5 @@ const Platform platform_sdl = {
     .swap = swap,
     .glproc = glproc,
 };
+
+const Platform* const platform_desktop = &platform_sdl;
