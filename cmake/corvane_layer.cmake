@@ -18,15 +18,27 @@ if(CORVANE_FUZZ)
     target_compile_options(corvane_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+if(WIN32)
+    # OpenGL's header asks for these two and brings the whole of windows.h along without them. As plain
+    # functions its routines can be replaced in tests. binmode.o: text files have the same bytes as
+    # elsewhere.
+    target_compile_definitions(corvane_flags INTERFACE
+        WINGDIAPI= APIENTRY=__stdcall WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
+    target_link_options(corvane_flags INTERFACE -l:binmode.o)
+    # It takes the formats of our own routines for those of the C runtime; other builds check them.
+    target_compile_options(corvane_flags INTERFACE -Wno-format -Wno-format-extra-args)
+endif()
+
 # Flags that only the program's own code takes: tests may use anything.
 add_library(corvane_plain INTERFACE)
 target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
 
-# corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets])
+# corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets] [ELSEWHERE ...])
 # One static library; it sees the layers that it names and those below them. The text of each
-# GLSL file is embedded under the file's stem.
+# GLSL file is embedded under the file's stem. The files under ELSEWHERE belong to the layer whether
+# or not this system builds them.
 function(corvane_layer name)
-    cmake_parse_arguments(ARG "" "" "FILES;GLSL;USES;LIBS" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "FILES;GLSL;USES;LIBS;ELSEWHERE" ${ARGN})
     set(embedded)
     foreach(text ${ARG_GLSL})
         get_filename_component(stem ${text} NAME_WE)
@@ -44,7 +56,9 @@ function(corvane_layer name)
     endforeach()
     target_link_libraries(corvane_${name} PUBLIC ${ARG_LIBS})
     file(APPEND ${CORVANE_LAYER_LIST} "layer ${name} ${ARG_USES}\n")
-    foreach(file ${ARG_FILES})
+    set(known ${ARG_FILES} ${ARG_ELSEWHERE})
+    list(REMOVE_DUPLICATES known)
+    foreach(file ${known})
         file(APPEND ${CORVANE_LAYER_LIST} "file ${file} ${name}\n")
     endforeach()
 endfunction()

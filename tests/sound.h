@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
@@ -105,20 +106,14 @@ inline std::string sound_dump(const Maze* maze, SoundDoubled doubled)
         return "the dump can't be written\n";
     }
     std::string faults;
-    std::FILE* const in = std::fopen(file.c_str(), "r");
-    char* line = nullptr;
-    size_t size = 0;
-    while (in != nullptr && getline(&line, &size, in) >= 0) {
-        const std::string text = line;
-        const bool twice = text.find(" twice\n") != std::string::npos;
+    std::ifstream in(file);
+    for (std::string text; std::getline(in, text);) {
+        const bool twice = text.ends_with(" twice");
         if (text.starts_with("ERROR") && !(twice && doubled == SOUND_DOUBLED)) {
-            faults += text;
+            faults += text + "\n";
         }
     }
-    std::free(line);
-    if (in != nullptr) {
-        std::fclose(in);
-    }
+    in.close();
     std::remove(file.c_str());
     return faults;
 }
