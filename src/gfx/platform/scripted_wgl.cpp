@@ -3,8 +3,6 @@
 #include "gfx/platform/scripted_canvas.h"
 #include "gfx/platform/wgl.h"
 
-#include <windows.h>
-
 #include <GL/gl.h>
 #include <GL/wglext.h>
 
@@ -100,8 +98,14 @@ static i32 suitability(int of)
 
 static bool pickformat()
 {
-    static const int wanted[] = {WGL_DRAW_TO_PBUFFER_ARB, 1, WGL_SUPPORT_OPENGL_ARB, 1,
-                                 WGL_DOUBLE_BUFFER_ARB,   1, WGL_PIXEL_TYPE_ARB,     WGL_TYPE_RGBA_ARB,
+    static const int wanted[] = {WGL_DRAW_TO_PBUFFER_ARB,
+                                 1,
+                                 WGL_SUPPORT_OPENGL_ARB,
+                                 1,
+                                 WGL_DOUBLE_BUFFER_ARB,
+                                 1,
+                                 WGL_PIXEL_TYPE_ARB,
+                                 WGL_TYPE_RGBA_ARB,
                                  0};
     int offered[MAXFORMATS];
     UINT n = 0;

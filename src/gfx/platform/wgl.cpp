@@ -1,7 +1,5 @@
 #include "gfx/platform/wgl.h"
 
-#include <windows.h>
-
 #include <cstdint>
 
 // Drivers answer a name that they lack with null, or with 1, 2, 3 or -1.

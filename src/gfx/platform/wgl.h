@@ -1,5 +1,8 @@
-// What the back ends for Windows share: how the functions of OpenGL and of WGL are found.
+// What the back ends for Windows share: how the functions of OpenGL and of WGL are found. The system's
+// header comes with it, since that of WGL's extensions wants it first.
 #pragma once
+
+#include <windows.h>
 
 /// Finds a function for the context that is current: the driver's, or that of the system's library
 /// for OpenGL 1.1. Null if there is none. WGL's extensions are found too.

@@ -8,15 +8,12 @@
 #include "gfx/platform/signals.h"
 #include "gfx/platform/wgl.h"
 
-#include <windows.h>
-
-#include <GL/gl.h>
-#include <imm.h>
 #include <windowsx.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <imm.h>
 
 static const wchar_t classname[] = L"OpenGL WinClass";
 
@@ -29,7 +26,7 @@ enum {
     MAXSIDE = 32767, // of a window with its frame
     MAXTITLE = 256,
     MINIMISED_WAIT_MS = 10,
-    MODE_FIELDS = 0x180000, // width and height only
+    MODE_FIELDS = 0x180000,                                 // width and height only
     HELD_BUTTONS = MOUSE_LEFT | MOUSE_RIGHT | MOUSE_MIDDLE, // the system's bits are the same
 };
 
@@ -46,11 +43,11 @@ static bool modeset; // by setmode
 // cursor's routines.
 static PlatformEvent queued[MAXQUEUED];
 static i32 nqueued, nextqueued;
-static u8 tapped[PLATFORM_KEYS];   // gone down since the last reading
-static i32 toldwidth, toldheight;  // the last client size that was delivered or asked for
-static bool pointeraway;           // another window had the keys when the offset was last asked for
-static i32 cursorcount;            // shows less hides
-static bool ontop;                 // the window is to be lowered when another takes the keys
+static u8 tapped[PLATFORM_KEYS];  // gone down since the last reading
+static i32 toldwidth, toldheight; // the last client size that was delivered or asked for
+static bool pointeraway;          // another window had the keys when the offset was last asked for
+static i32 cursorcount;           // shows less hides
+static bool ontop;                // the window is to be lowered when another takes the keys
 
 // A routine that some versions of the system lack.
 template <typename T> static bool find(T* routine, const wchar_t* library, const char* name)
@@ -375,7 +372,7 @@ static PlatformOpen setformat()
         const int format = ChoosePixelFormat(device, &wanted);
         if (format != 0 && suits(format, depth)) {
             return SetPixelFormat(device, format, &wanted) != 0 ? PLATFORM_OPEN
-                                                               : PLATFORM_FORMAT_UNSET;
+                                                                : PLATFORM_FORMAT_UNSET;
         }
     }
     return PLATFORM_NO_FORMAT;
