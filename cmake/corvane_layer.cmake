@@ -85,11 +85,15 @@ function(corvane_test name)
     if(NOT ARG_USES)
         set(ARG_USES ${name})
     endif()
-    add_executable(test_${name} ${ARG_FILES} ${ARG_EXTRA} ${CMAKE_SOURCE_DIR}/tests/harness.cpp)
+    add_executable(test_${name} ${ARG_FILES} ${ARG_EXTRA}
+        ${CMAKE_SOURCE_DIR}/tests/harness.cpp ${CMAKE_SOURCE_DIR}/tests/system_${system}.cpp)
     target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR})
     target_compile_definitions(test_${name} PRIVATE
         CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
     target_link_libraries(test_${name} PRIVATE corvane_flags GTest::gtest)
+    if(WIN32)
+        target_compile_definitions(test_${name} PRIVATE _USE_MATH_DEFINES) # for M_PI
+    endif()
     # where GCC 12 optimises standard containers it warns of overlaps and overruns that aren't there
     target_compile_options(test_${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:
         -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow -Wno-free-nonheap-object>)

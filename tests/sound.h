@@ -3,6 +3,7 @@
 #pragma once
 
 #include "model/maze.h"
+#include "tests/system.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +11,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <unistd.h>
 
 enum SoundDoubled { SOUND_SINGLE, SOUND_DOUBLED };
 
@@ -99,7 +99,7 @@ inline void sound_level(const Maze* maze, i32 ports, SoundDoubled doubled, const
 inline std::string sound_dump(const Maze* maze, SoundDoubled doubled)
 {
     const std::string file = (std::filesystem::temp_directory_path() /
-                              ("corvane-sound-" + std::to_string(getpid()) + ".txt"))
+                              ("corvane-sound-" + std::to_string(system_process()) + ".txt"))
                                  .string();
     std::remove(file.c_str());
     if (Maze_dump(maze, file.c_str(), "sound", MAZE_DUMP_ALL) < 0) {

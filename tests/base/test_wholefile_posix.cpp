@@ -1,4 +1,5 @@
 #include "base/wholefile.h"
+#include "tests/ordinaryuser.h"
 #include "tests/tempfolder.h"
 
 #include <cerrno>
