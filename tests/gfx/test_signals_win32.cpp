@@ -1,4 +1,5 @@
 // What a console asks of a program, as a request to close.
+#include "base/types.h"
 #include "gfx/platform/signals.h"
 
 #include <windows.h>
