@@ -19,6 +19,9 @@ if(CORVANE_FUZZ)
 endif()
 
 if(WIN32)
+    enable_language(RC)
+    set_property(SOURCE cmake/windows.rc
+        PROPERTY OBJECT_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/windows.manifest)
     # OpenGL's header asks for these two and brings the whole of windows.h along without them. As plain
     # functions its routines can be replaced in tests. binmode.o: text files have the same bytes as
     # elsewhere.
@@ -67,6 +70,9 @@ endfunction()
 function(corvane_program name)
     cmake_parse_arguments(ARG "" "" "FILES;USES" ${ARGN})
     add_executable(${name} ${ARG_FILES})
+    if(WIN32)
+        target_sources(${name} PRIVATE cmake/windows.rc)
+    endif()
     target_link_libraries(${name} PRIVATE corvane_flags corvane_plain)
     foreach(below ${ARG_USES})
         target_link_libraries(${name} PRIVATE corvane_${below})
