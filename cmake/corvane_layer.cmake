@@ -83,10 +83,9 @@ function(corvane_program name)
     endforeach()
 endfunction()
 
-# corvane_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
-# One program a layer, test_LAYER; each file test_x.cpp is one CTest test, LAYER.x, which runs the
-# subjects that the file declares.
-function(corvane_test name)
+# corvane_program_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
+# The test program of a layer, test_LAYER.
+function(corvane_program_test name)
     cmake_parse_arguments(ARG "" "" "FILES;EXTRA;USES" ${ARGN})
     if(NOT ARG_USES)
         set(ARG_USES ${name})
@@ -106,6 +105,14 @@ function(corvane_test name)
     foreach(below ${ARG_USES})
         target_link_libraries(test_${name} PRIVATE corvane_${below})
     endforeach()
+endfunction()
+
+# corvane_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
+# One program a layer, test_LAYER; each file test_x.cpp is one CTest test, LAYER.x, which runs the
+# subjects that the file declares.
+function(corvane_test name)
+    cmake_parse_arguments(ARG "" "" "FILES;EXTRA;USES" ${ARGN})
+    corvane_program_test(${name} ${ARGN})
     foreach(file ${ARG_FILES})
         get_filename_component(stem ${file} NAME_WE)
         string(REGEX REPLACE "^test_" "" module ${stem})
