@@ -1,13 +1,17 @@
 // The tools built for Windows beside those built here: worlds, saves, pictures and runs.
+#include "model/mazegame.h"
 #include "model/savefile.h"
 #include "tests/shell_run.h"
+#include "tests/window/desktop.h"
 
 #include <algorithm>
 #include <cstdlib>
 
+// Their windows are hidden, but they want a display.
 static std::string windows_program(const std::string& name)
 {
-    return "wine '" CORVANE_WINDOWS_DIR "/" + name + ".exe'";
+    static const Desktop desktop(false);
+    return "DISPLAY=" + desktop.display() + " wine '" CORVANE_WINDOWS_DIR "/" + name + ".exe'";
 }
 
 // Makes a world by either tool, as `file` in the folder. What it prints.
