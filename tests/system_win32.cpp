@@ -34,3 +34,41 @@ void* system_libraryroutine(const char* name)
     static const HMODULE library = LoadLibraryA("opengl32.dll");
     return reinterpret_cast<void*>(GetProcAddress(library, name));
 }
+
+static HANDLE opened(const std::string& path, DWORD access, DWORD how)
+{
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    return CreateFileA(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, how, 0,
+                       nullptr);
+}
+
+int system_run(const std::string& folder, const std::string& command, const std::string& out,
+               const std::string& err)
+{
+    STARTUPINFOA start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = opened("NUL", GENERIC_READ, OPEN_EXISTING);
+    start.hStdOutput = opened(out, GENERIC_WRITE, CREATE_ALWAYS);
+    start.hStdError = opened(err, GENERIC_WRITE, CREATE_ALWAYS);
+    PROCESS_INFORMATION process = {};
+    std::string words = command;
+    const bool made = CreateProcessA(nullptr, words.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                     folder.c_str(), &start, &process) != 0;
+    DWORD code = 127;
+    if (made) {
+        WaitForSingleObject(process.hProcess, INFINITE);
+        GetExitCodeProcess(process.hProcess, &code);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+    }
+    for (const HANDLE handle : {start.hStdInput, start.hStdOutput, start.hStdError}) {
+        CloseHandle(handle);
+    }
+    return static_cast<int>(code);
+}
+
+std::string system_otherworlds()
+{
+    return CORVANE_SOURCE_DIR "/tests/golden/worlds_win32.txt";
+}

@@ -406,23 +406,6 @@ TEST(gfx_open, leaves_no_error_behind)
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
-// On a driver of OpenGL 2.1 without seamless cube maps; exits with the error that is left.
-static void open_without_seamless()
-{
-    setenv("MESA_GL_VERSION_OVERRIDE", "2.1", 1);
-    setenv("MESA_EXTENSION_OVERRIDE", "-GL_ARB_seamless_cube_map", 1);
-    scripted_begin();
-    gfx_open(64, 48, "test");
-    std::fprintf(stderr, "version %.3s error %x", glGetString(GL_VERSION), glGetError());
-    std::exit(0);
-}
-
-TEST(gfx_open, leaves_no_error_on_a_driver_without_seamless_cube_maps)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(open_without_seamless(), testing::ExitedWithCode(0), "version 2.1 error 0");
-}
-
 TEST(gfx_open, applies_the_default_projection_and_an_identity_model_view)
 {
     scripted_begin();
