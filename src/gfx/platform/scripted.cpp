@@ -445,9 +445,9 @@ static f64 seconds()
     return now + further_reading * readings++;
 }
 
-static bool displaylost()
+static const char* ended()
 {
-    return false; // there is none
+    return nullptr; // there is no display that could
 }
 
 static void swap()
@@ -464,7 +464,7 @@ const Platform platform_scripted = {
     .name = "scripted",
     .seconds = seconds,
     .takesignals = signals_install,
-    .displaylost = displaylost,
+    .ended = ended,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,

@@ -37,7 +37,7 @@ static HGLRC context;
 
 static bool makeasked()
 {
-    const HINSTANCE program = GetModuleHandleW(nullptr);
+    HINSTANCE program = GetModuleHandleW(nullptr);
     WNDCLASSEXW made = {};
     made.cbSize = sizeof made;
     made.style = CS_OWNDC;
@@ -150,7 +150,7 @@ static Surface makesurface(i32 width, i32 height)
 
 static HGLRC makecontext(HDC device, HGLRC sharing)
 {
-    const HGLRC made = wglCreateContext(device);
+    HGLRC made = wglCreateContext(device);
     if (made != nullptr && sharing != nullptr && wglShareLists(sharing, made) == 0) {
         wglDeleteContext(made);
         return nullptr;
@@ -182,7 +182,7 @@ static PlatformOpen askdriver()
     if (!setanyformat()) {
         return PLATFORM_NO_FORMAT;
     }
-    const HGLRC first = wglCreateContext(askeddevice);
+    HGLRC first = wglCreateContext(askeddevice);
     if (first == nullptr) {
         return PLATFORM_NO_CONTEXT;
     }

@@ -1,6 +1,3 @@
-// The same for Windows, which has no signals: Ctrl+C and Ctrl+Break in the console that the program
-// was started from, and that console's end. A program without a console takes the one it was started
-// from, so that what it prints is seen there.
 #include "gfx/platform/signals.h"
 
 #include <windows.h>

@@ -11,7 +11,7 @@ static bool usable(const void* routine)
 
 static void* systemroutine(const char* symbol)
 {
-    const HMODULE library = GetModuleHandleW(L"opengl32.dll"); // linked, so it is there
+    HMODULE library = GetModuleHandleW(L"opengl32.dll"); // linked, so it is there
     return reinterpret_cast<void*>(GetProcAddress(library, symbol));
 }
 

@@ -35,9 +35,9 @@ static HWND window;
 static HDC device;
 static HGLRC context;
 
-static bool aware;   // of the resolution; set by becomeaware
-static bool lost;    // the session ends; set by endsession
-static bool modeset; // by setmode
+static bool aware;        // of the resolution; set by becomeaware
+static bool modeset;      // by setmode
+static bool sessionended; // by endsession
 
 // Input as it stands. Written by the window procedure, nextevent, readkeys, pointeroffset and the
 // cursor's routines.
@@ -52,7 +52,7 @@ static bool ontop;                // the window is to be lowered when another ta
 // A routine that some versions of the system lack.
 template <typename T> static bool find(T* routine, const wchar_t* library, const char* name)
 {
-    const HMODULE module = LoadLibraryW(library); // never unloaded
+    HMODULE module = LoadLibraryW(library); // never unloaded
     *routine = nullptr;
     if (module != nullptr) {
         *routine = reinterpret_cast<T>(reinterpret_cast<void*>(GetProcAddress(module, name)));
@@ -70,7 +70,7 @@ static void becomeaware()
     aware = true;
     using ByContext = BOOL(WINAPI*)(HANDLE kind);
     using ByProcess = BOOL(WINAPI*)();
-    const HANDLE each_display = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-4));
+    HANDLE each_display = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-4));
     ByContext bycontext;
     ByProcess byprocess;
     if (find(&bycontext, L"user32.dll", "SetProcessDpiAwarenessContext") &&
@@ -82,9 +82,9 @@ static void becomeaware()
     }
 }
 
-static bool displaylost()
+static const char* ended()
 {
-    return lost;
+    return sessionended ? "The session ends" : nullptr;
 }
 
 struct RectList {
@@ -237,7 +237,7 @@ static void losefocus()
 // the display is lost.
 static void endsession()
 {
-    lost = true;
+    sessionended = true;
     std::exit(0);
 }
 
@@ -424,7 +424,7 @@ static void resetcursor()
 
 static void closewindow()
 {
-    const HWND ended = window;
+    HWND ended = window;
     if (context != nullptr) {
         wglMakeCurrent(nullptr, nullptr);
         wglDeleteContext(context);
@@ -640,7 +640,7 @@ static void place(HWND behind)
 // the system's list of windows, or none has the keys.
 static void giveway()
 {
-    const HWND front = GetForegroundWindow();
+    HWND front = GetForegroundWindow();
     place(HWND_NOTOPMOST);
     if (front != nullptr && (GetWindowLongPtrW(front, GWL_EXSTYLE) & WS_EX_TOPMOST) == 0) {
         place(front);
@@ -691,7 +691,7 @@ const Platform platform_win32 = {
     .name = "win32",
     .seconds = seconds,
     .takesignals = signals_install,
-    .displaylost = displaylost,
+    .ended = ended,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,
