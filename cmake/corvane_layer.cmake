@@ -23,11 +23,9 @@ if(WIN32)
     set_property(SOURCE cmake/windows.rc
         PROPERTY OBJECT_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/windows.manifest)
     # OpenGL's header asks for these two and brings the whole of windows.h along without them. As plain
-    # functions its routines can be replaced in tests. binmode.o: text files have the same bytes as
-    # elsewhere.
+    # functions its routines can be replaced in tests.
     target_compile_definitions(corvane_flags INTERFACE
         WINGDIAPI= APIENTRY=__stdcall WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
-    target_link_options(corvane_flags INTERFACE -l:binmode.o)
     # It takes the formats of our own routines for those of the C runtime; other builds check them.
     target_compile_options(corvane_flags INTERFACE -Wno-format -Wno-format-extra-args)
 endif()

@@ -23,6 +23,16 @@ static const char* const unnamable = "The system takes no such name";
 // What the system has to say, for errors that are rare; written by errortext, good until its next call.
 static char systemtext[512];
 
+// Before main: what the C runtime prints, and the files that it opens for the logs, have the same bytes as
+// elsewhere, without carriage returns.
+[[gnu::constructor]] static void endlines()
+{
+    _fmode = _O_BINARY;
+    for (int stream = 2; stream >= 0; stream--) {
+        _setmode(stream, _O_BINARY);
+    }
+}
+
 static HANDLE tohandle(int handle)
 {
     return LongToHandle(handle);

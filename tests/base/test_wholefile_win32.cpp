@@ -23,7 +23,8 @@ static std::string replace(const std::string& path, const std::string& text, siz
     for (size_t at = 0; at < text.size(); at += piece) {
         wholefile_put(&file, text.data() + at, std::min(piece, text.size() - at));
     }
-    EXPECT_EQ(wholefile_end(&file), std::string(file.why).empty()) << file.why;
+    const bool done = wholefile_end(&file);
+    EXPECT_EQ(done, std::string(file.why).empty()) << file.why;
     EXPECT_EQ(file.buf, nullptr);
     return file.why;
 }

@@ -133,10 +133,10 @@ static int apart(std::uint32_t a, std::uint32_t b)
 
 TEST_F(On_Windows, a_window_shows_what_it_shows_here)
 {
-    both("Seed: 4711\nResolution: 320x240\n");
+    both("Seed: 4711\nResolution: 640x480\n");
     const Pixels picture = shown(desktop, folder, windows);
     const Pixels wanted = shown(desktop, other, here);
-    ASSERT_EQ(picture.size(), 320U * 240U);
+    ASSERT_EQ(picture.size(), 640U * 480U);
     ASSERT_EQ(wanted.size(), picture.size());
     int most = 0;
     for (size_t i = 0; i < wanted.size(); i++) {
