@@ -6,8 +6,11 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <fcntl.h>
+#include <io.h>
 
 enum {
     WIDEPATH = WHOLEFILE_PATH + 8, // with room for the mark of a long path

@@ -17,8 +17,17 @@ class WindowsTest : public WindowTest
     void SetUp() override
     {
         WindowTest::SetUp();
+        end_wine(); // what goes on from the last test has the display of that
         other = desktop.folder() + "/here";
         std::filesystem::create_directory(other);
+    }
+    void TearDown() override
+    {
+        end_wine();
+    }
+    void end_wine() const
+    {
+        desktop.run("wineserver -k || true; wineserver -w");
     }
     void both(const std::string& text) const // settings
     {
@@ -113,6 +122,7 @@ static Pixels shown(const Desktop& desktop, const std::string& folder,
 {
     Session run(desktop, folder, words);
     run.start();
+    desktop.run("xdotool windowmove --sync " + run.window() + " 100 100"); // wholly on the screen
     settled(desktop, run);
     const Pixels picture = desktop.bare_pixels(run.window());
     EXPECT_EQ(run.escape(), 0);

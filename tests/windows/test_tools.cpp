@@ -118,7 +118,7 @@ TEST(Windows_pictures, of_a_run_are_those_made_here)
 
 TEST(Windows_pictures, of_every_plot_are_those_made_here)
 {
-    for (const char* const plot : {"discs", "gantries", "balls", "flat", "voronoi"}) {
+    for (const char* const plot : {"discs", "gantries", "balls", "flat"}) {
         const Folder folder;
         const std::string rest = " --seed 3 --mode 0 --size 160x120 --first-person --plot " +
                                  std::string(plot) + " --out ";
