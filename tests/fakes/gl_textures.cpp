@@ -1,11 +1,11 @@
 #include "tests/fakes/gl_textures.h"
 
-#include <dlfcn.h>
+#include "tests/system.h"
 
 // The library's own routine of a name.
 template <typename Routine> static Routine next(const char* name)
 {
-    return reinterpret_cast<Routine>(dlsym(RTLD_NEXT, name));
+    return reinterpret_cast<Routine>(system_libraryroutine(name));
 }
 
 extern "C" void glGenTextures(GLsizei n, GLuint* names)

@@ -16,9 +16,10 @@
 #include <stdexcept>
 #include <sys/wait.h>
 
-Session::Session(const Desktop& where, const std::string& in) : desktop(where), folder(in)
+Session::Session(const Desktop& where, const std::string& in, const std::vector<std::string>& words)
+    : desktop(where), folder(in)
 {
-    process = spawn({.words = {CORVANE_BIN_DIR "/Corvane"},
+    process = spawn({.words = words,
                      .folder = folder,
                      .display = desktop.display(),
                      .out = folder + "/out.txt",

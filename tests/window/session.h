@@ -14,7 +14,9 @@
 class Session
 {
   public:
-    Session(const Desktop& where, const std::string& in);
+    /// `words` start the program.
+    Session(const Desktop& where, const std::string& in,
+            const std::vector<std::string>& words = {CORVANE_BIN_DIR "/Corvane"});
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

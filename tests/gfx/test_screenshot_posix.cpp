@@ -2,6 +2,7 @@
 #include "base/report.h"
 #include "base/wholefile.h"
 #include "gfx/screenshot.h"
+#include "tests/ordinaryuser.h"
 #include "tests/scripted_window.h"
 #include "tests/tempfolder.h"
 

@@ -1,5 +1,6 @@
 #include "base/wholefile.h"
 #include "tests/endchild.h"
+#include "tests/ordinaryuser.h"
 #include "tests/tempfolder.h"
 
 #include <cerrno>
