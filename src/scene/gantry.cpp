@@ -6,6 +6,7 @@
 #include "scene/colours.h"
 #include "scene/gantryparts.h"
 #include "scene/gantryreach.h"
+#include "scene/gantryrows.h"
 #include "scene/impostors.h"
 #include "scene/lighting.h"
 #include "scene/lists.h"
@@ -206,21 +207,40 @@ static void beginplates(const f64 lamp[3], bool lit, const LightRec* light)
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
-// Calls the lists of a level and of those below it, last node first, without those that can't touch the
-// picture. A walkway's corners stand off from their node by its radius and more where exits are close
-// together, so a level reaches beyond its draw sphere.
-static void calllevels(Maze* maze, const char* name, ListBuilder builder, const ViewRec* view)
+// One of the three kinds of parts.
+struct Layer {
+    const char* list;
+    ListBuilder builder;
+    i32 rows; // the kind of GantryPart that long ways are drawn anew of; -1: none
+};
+
+// The parts of one level.
+static void drawlevel(Maze* maze, const Layer* layer, const MazeGame* game, const Sight* sight)
 {
-    if (!gantry_everylevel && gantry_outofview(maze, view)) {
+    if (layer->rows < 0 || sight == nullptr || !gantry_haslongway(maze)) {
+        const ListView from = {.view = sight != nullptr ? &game->view : nullptr,
+                               .reach = sight != nullptr ? gantry_extent(maze)->reach : 0.0};
+        Maze_calllist(maze, layer->list, layer->builder, false, &from);
         return;
     }
-    const ListView from = {.view = gantry_everylevel ? nullptr : view,
-                           .reach = gantry_everylevel ? 0.0 : gantry_reach(maze)};
-    Maze_calllist(maze, name, builder, false, &from);
+    if (!Maze_unpainted(maze, sight, gantry_extent(maze)->reach)) {
+        gantry_rows(maze, static_cast<GantryPart>(layer->rows), sight);
+    }
+}
+
+// Draws the parts of a level and of those below it, last node first, without what can't touch the
+// picture. A walkway's corners stand off from their node by its radius and more where exits are close
+// together, so a level reaches beyond its draw sphere. With no sight all is drawn.
+static void drawlevels(Maze* maze, const Layer* layer, const MazeGame* game, const Sight* sight)
+{
+    if (sight != nullptr && gantry_outofview(maze, sight)) {
+        return;
+    }
+    drawlevel(maze, layer, game, sight);
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         Maze* const sub = Maze_node(maze, n)->sub;
         if (sub != nullptr) {
-            calllevels(sub, name, builder, view);
+            drawlevels(sub, layer, game, sight);
         }
     }
 }
@@ -228,17 +248,23 @@ static void calllevels(Maze* maze, const char* name, ListBuilder builder, const 
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
 {
     maketextures();
+    static const Layer plates = {"gantrylist", gantry_walkways, -1};
+    static const Layer bars = {"gantrylist_railings", gantry_railings, GANTRY_BARS};
+    static const Layer balls = {"gantrylist_railballs", gantry_railballs, GANTRY_BALLS};
+    Sight whole;
+    Sight_make(&whole, &game->view);
+    const Sight* const sight = gantry_everylevel ? nullptr : &whole;
     f64 lamp[3];
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    calllevels(root, "gantrylist", gantry_walkways, &game->view);
+    drawlevels(root, &plates, game, sight);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    calllevels(root, "gantrylist_railings", gantry_railings, &game->view);
+    drawlevels(root, &bars, game, sight);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    calllevels(root, "gantrylist_railballs", gantry_railballs, &game->view);
+    drawlevels(root, &balls, game, sight);
     program_use(0);
 }

@@ -21,9 +21,9 @@ inline constexpr f64 GANTRY_HEIGHT = 1.0;     // of posts and of the upper bar; 
 inline constexpr f64 GANTRY_HALFLADDER = 0.2; // from the middle of a ladder to a rail
 inline constexpr f64 GANTRY_REPEATS = 20.0;   // of the plate's texture, per unit of length
 
-/// The most rungs or spans that one edge is cut into; an edge of tens of thousands of units has them
-/// further apart.
-enum { GANTRY_MAXPARTS = 100000 };
+/// The most rungs or spans that one edge is cut into. Of more, neighbours stand on one place as far as
+/// single precision can tell.
+enum { GANTRY_MAXPARTS = 1 << 25 };
 
 struct GantryCorner {
     f64 pos[3];
@@ -52,10 +52,31 @@ struct GantryBall {
     f64 radius;
 };
 
+enum GantryKind : i32 {
+    GANTRY_LADDER,  // on the steep way of one exit: from left and right at P to those at Q
+    GANTRY_WALKWAY, // beside the plate of one flat exit: the right-hand side first
+    GANTRY_END,     // of a walkway: from its left-hand corner to the right-hand one
+    GANTRY_POST,    // at the start of line 0
+};
+
+/// Bars and balls that are made together, by what they are made from; gantrystretch.h makes them.
+struct GantryStretch {
+    GantryKind kind;
+    u32 colour;
+    i32 parts;  // rungs of a ladder, spans between the posts of a walkway
+    f64 length; // of the way
+    f64 start[2][3];
+    f64 end[2][3];
+    f64 first[2];  // distances along the way of a walkway's sides, from P: of the start
+    f64 last[2];   // and of the end
+    f64 across[3]; // a ladder's rungs, from left to right
+};
+
 // Receive one part each, lent for the call; `to` is the caller's.
 using GantryTakePlate = void (*)(const GantryPlate* plate, void* to);
 using GantryTakeBar = void (*)(const GantryBar* bar, void* to);
 using GantryTakeBall = void (*)(const GantryBall* ball, void* to);
+using GantryTakeStretch = void (*)(const GantryStretch* stretch, void* to);
 
 /// The walkways of a level, one for each flat exit. Where an edge is handled from both ends, both plates
 /// are laid from the end that comes last, so that holes lie over holes.
@@ -63,6 +84,10 @@ void gantry_eachwalkway(Maze* maze, GantryTakePlate take, void* to);
 
 /// The triangles that close the middle of junctions of three flat exits and more.
 void gantry_eachtriangle(Maze* maze, GantryTakePlate take, void* to);
+
+/// All that has bars or balls: of each node its ways, then its corners; with `cornersfirst` its corners
+/// first. Bars come in the one order, balls in the other.
+void gantry_eachstretch(Maze* maze, bool cornersfirst, GantryTakeStretch take, void* to);
 
 /// Ladders, railings and posts: of each node the parts of its exits, then its own.
 void gantry_eachbar(Maze* maze, GantryTakeBar take, void* to);

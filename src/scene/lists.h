@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/attachment.h"
-#include "model/viewrec.h"
+#include "scene/sight.h"
 
 /// Two list names that go together.
 struct ListPair {
@@ -31,12 +31,15 @@ struct ListView {
     f64 reach;           // how far the style draws beyond the draw sphere of a level, world units
 };
 
+/// Whether nothing is painted of a level and of those below it, where the style draws no further than
+/// `reach` beyond their draw spheres.
+bool Maze_unpainted(Maze* maze, const Sight* sight, f64 reach);
+
 /// Calls the list that a level keeps as the attachment `name` (flags 3), building it if it is missing,
 /// and, if `recursive`, those of all levels below, last node first.
 ///
-/// A level whose draw sphere, wider by `reach`, is outside the four sides of the view or outside the
-/// depth slice, or lies between the middles of two rows or columns of pixels, is left out with all below
-/// it, and its list isn't built: it paints nothing. Nothing else is left out for being small. Lists are
-/// built between the calls of others, in the program that is current.
+/// A level of whose draw sphere, wider by `reach`, nothing is painted (sight.h) is left out with all below
+/// it, and its list isn't built. Lists are built between the calls of others, in the program that is
+/// current.
 void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
                    const ListView* from);
