@@ -2,6 +2,7 @@
 
 #include "gfx/gl/shaderprocs.h"
 #include "gfx/textures.h"
+#include "model/drawsphere.h"
 #include "model/mazegame.h"
 #include "scene/colours.h"
 #include "scene/gantryparts.h"
@@ -117,6 +118,8 @@ static void bindtextures()
 
 // -------- the lists
 
+static const GLenum opened = 0xFFFFFFFF; // no kind of batch
+
 static void setcolour(u32 colour)
 {
     f32 channels[3];
@@ -131,13 +134,23 @@ static bool isplace(const f64 pos[3])
            std::isfinite(static_cast<f32>(pos[2]));
 }
 
-static void emitplate(const GantryPlate* plate, void* /*to*/)
+static void openbatch(GLenum* kind)
+{
+    if (kind != nullptr && *kind != opened) {
+        glBegin(*kind);
+        *kind = opened;
+    }
+}
+
+// `to` is null, or the kind of the batch, which the first plate opens and turns to `opened`.
+static void emitplate(const GantryPlate* plate, void* to)
 {
     for (i32 i = plate->ncorners - 1; i >= 0; i--) {
         if (!isplace(plate->corners[i].pos)) {
             return;
         }
     }
+    openbatch(static_cast<GLenum*>(to));
     setcolour(plate->colour);
     glNormal3f(static_cast<f32>(plate->normal[0]), static_cast<f32>(plate->normal[1]),
                static_cast<f32>(plate->normal[2]));
@@ -163,10 +176,10 @@ static void emitball(const GantryBall* ball, void* /*to*/)
 void gantry_walkways(Maze* maze)
 {
     glBegin(GL_QUADS);
-    gantry_eachwalkway(maze, emitplate, nullptr);
+    gantry_eachwalkway(maze, nullptr, emitplate, nullptr);
     glEnd();
     glBegin(GL_TRIANGLES);
-    gantry_eachtriangle(maze, emitplate, nullptr);
+    gantry_eachtriangle(maze, nullptr, emitplate, nullptr);
     glEnd();
 }
 
@@ -214,33 +227,71 @@ struct Layer {
     i32 rows; // the kind of GantryPart that long ways are drawn anew of; -1: none
 };
 
-// The parts of one level.
-static void drawlevel(Maze* maze, const Layer* layer, const MazeGame* game, const Sight* sight)
+// Levels that look smaller, in pixels, are drawn anew each frame: bars and balls from their stretches, and
+// the smallest without keeping anything. Of a level with a hundred nodes that is so small next to nothing
+// is painted, while a list of it takes as long to draw as that of any other.
+static const f64 smallpixels = 64.0;
+static const f64 speckpixels = 2.0;
+
+static void endbatch(GLenum kind)
 {
-    if (layer->rows < 0 || sight == nullptr || !gantry_haslongway(maze)) {
-        const ListView from = {.view = sight != nullptr ? &game->view : nullptr,
-                               .reach = sight != nullptr ? gantry_extent(maze)->reach : 0.0};
-        Maze_calllist(maze, layer->list, layer->builder, false, &from);
+    if (kind == opened) {
+        glEnd();
+    }
+}
+
+static void drawspeck(Maze* maze, const Layer* layer, const Sight* sight)
+{
+    if (layer->rows >= 0) {
+        gantry_speck(maze, static_cast<GantryPart>(layer->rows), sight);
         return;
     }
-    if (!Maze_unpainted(maze, sight, gantry_extent(maze)->reach)) {
+    const GantryFilter filter = {.sight = sight, .reach = gantry_extent(maze)->reach};
+    GLenum kind = GL_QUADS;
+    gantry_eachwalkway(maze, &filter, emitplate, &kind);
+    endbatch(kind);
+    kind = GL_TRIANGLES;
+    gantry_eachtriangle(maze, &filter, emitplate, &kind);
+    endbatch(kind);
+}
+
+// The parts of one level.
+static void drawlevel(Maze* maze, const Layer* layer, const Sight* sight)
+{
+    if (sight == nullptr) {
+        Maze_calllist(maze, layer->list, layer->builder, false, nullptr);
+        return;
+    }
+    const f64 reach = gantry_extent(maze)->reach;
+    if (Maze_unpainted(maze, sight, reach)) {
+        return;
+    }
+    f64 centre[3];
+    f64 radius;
+    Maze_drawsphere(maze, centre, &radius);
+    const f64 pixels = Sight_pixels(sight, centre, radius + reach);
+    if (pixels < speckpixels) {
+        drawspeck(maze, layer, sight);
+    } else if (layer->rows >= 0 && (pixels < smallpixels || gantry_haslongway(maze))) {
         gantry_rows(maze, static_cast<GantryPart>(layer->rows), sight);
+    } else {
+        Maze_calllist(maze, layer->list, layer->builder, false, nullptr);
     }
 }
 
 // Draws the parts of a level and of those below it, last node first, without what can't touch the
 // picture. A walkway's corners stand off from their node by its radius and more where exits are close
 // together, so a level reaches beyond its draw sphere. With no sight all is drawn.
-static void drawlevels(Maze* maze, const Layer* layer, const MazeGame* game, const Sight* sight)
+static void drawlevels(Maze* maze, const Layer* layer, const Sight* sight)
 {
     if (sight != nullptr && gantry_outofview(maze, sight)) {
         return;
     }
-    drawlevel(maze, layer, game, sight);
+    drawlevel(maze, layer, sight);
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         Maze* const sub = Maze_node(maze, n)->sub;
         if (sub != nullptr) {
-            drawlevels(sub, layer, game, sight);
+            drawlevels(sub, layer, sight);
         }
     }
 }
@@ -258,13 +309,13 @@ void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* lig
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    drawlevels(root, &plates, game, sight);
+    drawlevels(root, &plates, sight);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    drawlevels(root, &bars, game, sight);
+    drawlevels(root, &bars, sight);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    drawlevels(root, &balls, game, sight);
+    drawlevels(root, &balls, sight);
     program_use(0);
 }

@@ -8,6 +8,7 @@
 #include "scene/gantrystretch.h"
 
 #include <cmath>
+#include <cstring>
 
 // A node that makes parts.
 struct Junction {
@@ -20,6 +21,10 @@ struct Junction {
     u32 colour;
     Pos exits[POS_MAXEDGES];
     VisitRec visits[POS_MAXEDGES];
+    u32 seen;                        // bits of exits of whose ways something may be painted
+    bool cornersseen;                // the same of its own parts
+    EdgeAngleRec own[POS_MAXEDGES];  // where there is no table
+    EdgeAngleRec back[POS_MAXEDGES]; // of the last way's other end
 };
 
 // An exit that counts, from P to Q.
@@ -53,13 +58,16 @@ static void addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k)
     out[2] = a[2] + b[2] * k;
 }
 
-static const EdgeAngleRec* anglerecs(Maze* maze, i32 node)
+// From the level's table, or computed at `room`.
+static const EdgeAngleRec* anglerecs(Pos pos, EdgeAngleRec room[POS_MAXEDGES])
 {
-    const EdgeAngleRec* table = static_cast<EdgeAngleRec*>(Maze_attachment(maze, "EdgeAngleRecs"));
-    if (table == nullptr) {
-        table = Maze_edgeanglerecs(maze);
+    const EdgeAngleRec* const table =
+        static_cast<EdgeAngleRec*>(Maze_attachment(pos.maze, "EdgeAngleRecs"));
+    if (table != nullptr) {
+        return table + static_cast<size_t>(pos.node) * POS_MAXEDGES;
     }
-    return table + static_cast<size_t>(node) * POS_MAXEDGES;
+    Pos_edgeanglerecs(pos, room);
+    return room;
 }
 
 static bool isflat(const EdgeAngleRec* rec)
@@ -67,8 +75,27 @@ static bool isflat(const EdgeAngleRec* rec)
     return rec->angle < EDGEANGLE_STEEP;
 }
 
-// False for a node that makes nothing, since its submaze stands in its place.
-static bool getjunction(Junction* out, Maze* maze, i32 n)
+// Marks what of a junction may be painted.
+static void setseen(Junction* out, const GantryFilter* filter)
+{
+    out->cornersseen = true;
+    out->seen = ~0U;
+    if (filter == nullptr || filter->sight == nullptr) {
+        return;
+    }
+    f64 ends[2][3];
+    std::memcpy(ends[0], out->node->pos, sizeof ends[0]);
+    out->cornersseen = !Sight_unpainted(filter->sight, ends, 1, filter->reach);
+    for (i32 i = out->nexits - 1; i >= 0; i--) {
+        std::memcpy(ends[1], Pos_node(out->exits[i])->pos, sizeof ends[1]);
+        if (Sight_unpainted(filter->sight, ends, 2, filter->reach)) {
+            out->seen &= ~(1U << i);
+        }
+    }
+}
+
+// False for a node that makes nothing, since its submaze stands in its place, or nothing that is seen.
+static bool getjunction(Junction* out, Maze* maze, const GantryFilter* filter, i32 n)
 {
     out->maze = maze;
     out->n = n;
@@ -76,8 +103,15 @@ static bool getjunction(Junction* out, Maze* maze, i32 n)
     if (out->node->sub != nullptr) {
         return false;
     }
-    out->recs = anglerecs(maze, n);
     out->nexits = Pos_alledges({maze, n}, out->exits, out->visits);
+    setseen(out, filter);
+    if (!out->cornersseen && (out->seen & ((1U << out->nexits) - 1)) == 0) {
+        return false;
+    }
+    if (filter == nullptr && Maze_attachment(maze, "EdgeAngleRecs") == nullptr) {
+        Maze_edgeanglerecs(maze);
+    }
+    out->recs = anglerecs({maze, n}, out->own);
     out->nflat = 0;
     for (i32 i = out->nexits - 1; i >= 0; i--) {
         out->nflat += isflat(&out->recs[i]) ? 1 : 0;
@@ -96,19 +130,19 @@ static bool isagain(const Junction* junction, Pos target)
     return target.maze->parent == maze->parent && target.maze->parentnode < maze->parentnode;
 }
 
-// False for an exit that doesn't count.
-static bool getway(Way* out, const Junction* junction, i32 i)
+// False for an exit that doesn't count, or that isn't seen. The way is good until the next one is got.
+static bool getway(Way* out, Junction* junction, i32 i)
 {
     const Pos target = junction->exits[i];
     const Maze* const maze = junction->maze;
-    if (!exits_drawn(maze, target.maze)) {
+    if ((junction->seen & 1U << i) == 0 || !exits_drawn(maze, target.maze)) {
         return false;
     }
     const MazeNode* const node = junction->node;
     const MazeNode* const other = Pos_node(target);
     out->rec = &junction->recs[i];
     const i32 backexit = out->rec->backexit;
-    out->back = backexit >= 0 ? anglerecs(target.maze, target.node) + backexit : nullptr;
+    out->back = backexit >= 0 ? anglerecs(target, junction->back) + backexit : nullptr;
     out->p = node->pos;
     out->q = other->pos;
     out->radius = node->radius;
@@ -218,13 +252,13 @@ static void makewalkway(const Way* way, const PlateSink* sink)
     sink->take(&plate, sink->to);
 }
 
-void gantry_eachwalkway(Maze* maze, GantryTakePlate take, void* to)
+void gantry_eachwalkway(Maze* maze, const GantryFilter* filter, GantryTakePlate take, void* to)
 {
     const PlateSink sink = {take, to};
     Junction junction;
     Way way;
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (!getjunction(&junction, maze, n)) {
+        if (!getjunction(&junction, maze, filter, n)) {
             continue;
         }
         for (i32 i = junction.nexits - 1; i >= 0; i--) {
@@ -249,13 +283,14 @@ static void maketriangle(const Junction* junction, const EdgeAngleRec* rec, cons
     sink->take(&plate, sink->to);
 }
 
-void gantry_eachtriangle(Maze* maze, GantryTakePlate take, void* to)
+void gantry_eachtriangle(Maze* maze, const GantryFilter* filter, GantryTakePlate take, void* to)
 {
     const PlateSink sink = {take, to};
     Junction junction;
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         // two plates meet on a mitre, and a single one has a cap
-        if (!getjunction(&junction, maze, n) || junction.nflat <= 2) {
+        if (!getjunction(&junction, maze, filter, n) || junction.nflat <= 2 ||
+            !junction.cornersseen) {
             continue;
         }
         for (i32 i = junction.nexits - 1; i >= 0; i--) {
@@ -316,7 +351,7 @@ static void makerailing(const Way* way, const StretchSink* sink)
     sink->take(&out, sink->to);
 }
 
-static void makeways(const Junction* junction, const StretchSink* sink)
+static void makeways(Junction* junction, const StretchSink* sink)
 {
     Way way;
     for (i32 i = junction->nexits - 1; i >= 0; i--) {
@@ -337,7 +372,7 @@ static void makecorners(const Junction* junction, const StretchSink* sink)
     GantryStretch out = {};
     out.kind = junction->nflat == 1 ? GANTRY_END : GANTRY_POST;
     out.colour = junction->colour;
-    for (i32 i = junction->nexits - 1; i >= 0; i--) {
+    for (i32 i = junction->cornersseen ? junction->nexits - 1 : -1; i >= 0; i--) {
         const EdgeAngleRec* const rec = &junction->recs[i];
         if (isflat(rec)) {
             addscaled(out.start[0], junction->node->pos, rec->corner, 1.0);
@@ -347,12 +382,13 @@ static void makecorners(const Junction* junction, const StretchSink* sink)
     }
 }
 
-void gantry_eachstretch(Maze* maze, bool cornersfirst, GantryTakeStretch take, void* to)
+void gantry_eachstretch(Maze* maze, const GantryFilter* filter, bool cornersfirst,
+                        GantryTakeStretch take, void* to)
 {
     const StretchSink sink = {take, to};
     Junction junction;
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (!getjunction(&junction, maze, n)) {
+        if (!getjunction(&junction, maze, filter, n)) {
             continue;
         }
         if (cornersfirst) {
@@ -374,7 +410,7 @@ static void makebars(const GantryStretch* stretch, void* to)
 void gantry_eachbar(Maze* maze, GantryTakeBar take, void* to)
 {
     BarSink sink = {take, to};
-    gantry_eachstretch(maze, false, makebars, &sink);
+    gantry_eachstretch(maze, nullptr, false, makebars, &sink);
 }
 
 static void makeballs(const GantryStretch* stretch, void* to)
@@ -386,5 +422,5 @@ static void makeballs(const GantryStretch* stretch, void* to)
 void gantry_eachball(Maze* maze, GantryTakeBall take, void* to)
 {
     BallSink sink = {take, to};
-    gantry_eachstretch(maze, true, makeballs, &sink);
+    gantry_eachstretch(maze, nullptr, true, makeballs, &sink);
 }

@@ -8,11 +8,12 @@
 // target doesn't lead back are left out.
 //
 // Lengths are maze units and don't follow the radii of the nodes: a gantry is made for walkers of one
-// size. Colours are 0xRRGGBB as they are drawn. Missing tables of exits are built and attached (pos.h),
-// for neighbouring levels too. Nothing here draws random numbers.
+// size. Colours are 0xRRGGBB as they are drawn. A missing table of the level's exits is built and attached
+// (pos.h), for a walk without filter. Nothing here draws random numbers.
 #pragma once
 
 #include "model/maze.h"
+#include "scene/sight.h"
 
 inline constexpr f64 GANTRY_BARRADIUS = 0.025; // bars, posts, and the rails of ladders
 inline constexpr f64 GANTRY_RUNGRADIUS = 0.015;
@@ -78,16 +79,25 @@ using GantryTakeBar = void (*)(const GantryBar* bar, void* to);
 using GantryTakeBall = void (*)(const GantryBall* ball, void* to);
 using GantryTakeStretch = void (*)(const GantryStretch* stretch, void* to);
 
+/// What a walk over a level leaves out: ways and corners of which nothing is painted. No table of exits is
+/// attached for such a walk.
+struct GantryFilter {
+    const Sight* sight; // null leaves nothing out
+    f64 reach;          // of the level, by gantry_extent
+};
+
 /// The walkways of a level, one for each flat exit. Where an edge is handled from both ends, both plates
-/// are laid from the end that comes last, so that holes lie over holes.
-void gantry_eachwalkway(Maze* maze, GantryTakePlate take, void* to);
+/// are laid from the end that comes last, so that holes lie over holes. `filter` may be null, here and
+/// below.
+void gantry_eachwalkway(Maze* maze, const GantryFilter* filter, GantryTakePlate take, void* to);
 
 /// The triangles that close the middle of junctions of three flat exits and more.
-void gantry_eachtriangle(Maze* maze, GantryTakePlate take, void* to);
+void gantry_eachtriangle(Maze* maze, const GantryFilter* filter, GantryTakePlate take, void* to);
 
 /// All that has bars or balls: of each node its ways, then its corners; with `cornersfirst` its corners
 /// first. Bars come in the one order, balls in the other.
-void gantry_eachstretch(Maze* maze, bool cornersfirst, GantryTakeStretch take, void* to);
+void gantry_eachstretch(Maze* maze, const GantryFilter* filter, bool cornersfirst,
+                        GantryTakeStretch take, void* to);
 
 /// Ladders, railings and posts: of each node the parts of its exits, then its own.
 void gantry_eachbar(Maze* maze, GantryTakeBar take, void* to);

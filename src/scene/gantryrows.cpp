@@ -28,9 +28,15 @@ struct Rows {
 struct Builder {
     Rows* rows;
     GantryPart which;
+    bool lists; // of short ways are made
     u32 shortfrom;
     i32 shortparts;
 };
+
+bool gantry_haslongway(Maze* maze)
+{
+    return gantry_extent(maze)->longest >= gantry_longway;
+}
 
 // -------- parts
 
@@ -85,7 +91,7 @@ static void pushrun(Rows* rows, u32 list)
 static void listshort(Builder* builder)
 {
     Rows* const rows = builder->rows;
-    if (builder->shortparts >= leastlisted) {
+    if (builder->lists && builder->shortparts >= leastlisted) {
         const u32 list = glGenLists(1);
         bool isopen = false;
         glNewList(list, GL_COMPILE);
@@ -137,8 +143,13 @@ static Rows* buildrows(Maze* maze, GantryPart which, const char* name)
     Rows* const rows = static_cast<Rows*>(std::malloc(sizeof(Rows)));
     GrowArray_init(&rows->stretches, sizeof(GantryStretch));
     GrowArray_init(&rows->runs, sizeof(Run));
-    Builder builder = {.rows = rows, .which = which, .shortfrom = 0, .shortparts = 0};
-    gantry_eachstretch(maze, which == GANTRY_BALLS, addstretch, &builder);
+    Builder builder = {.rows = rows,
+                       .which = which,
+                       .lists = gantry_haslongway(maze),
+                       .shortfrom = 0,
+                       .shortparts = 0};
+    const GantryFilter whole = {}; // keeps no table of exits
+    gantry_eachstretch(maze, &whole, which == GANTRY_BALLS, addstretch, &builder);
     listshort(&builder);
     pushrun(rows, 0);
     Maze_attach(maze, name, rows, freerows, ATT_GEOMETRY | ATT_EXITS);
@@ -146,11 +157,6 @@ static Rows* buildrows(Maze* maze, GantryPart which, const char* name)
 }
 
 // -------- drawing
-
-bool gantry_haslongway(Maze* maze)
-{
-    return gantry_extent(maze)->longest >= gantry_longway;
-}
 
 void gantry_rows(Maze* maze, GantryPart which, const Sight* sight)
 {
@@ -172,4 +178,25 @@ void gantry_rows(Maze* maze, GantryPart which, const Sight* sight)
         }
     }
     closebatch(&isopen);
+}
+
+// What a level is drawn by that isn't kept.
+struct Speck {
+    GantryPart which;
+    const Sight* sight;
+    bool isopen;
+};
+
+static void drawspeck(const GantryStretch* stretch, void* to)
+{
+    Speck* const speck = static_cast<Speck*>(to);
+    drawstretch(stretch, speck->which, speck->sight, &speck->isopen);
+}
+
+void gantry_speck(Maze* maze, GantryPart which, const Sight* sight)
+{
+    Speck speck = {.which = which, .sight = sight, .isopen = false};
+    const GantryFilter filter = {.sight = sight, .reach = gantry_extent(maze)->reach};
+    gantry_eachstretch(maze, &filter, which == GANTRY_BALLS, drawspeck, &speck);
+    closebatch(&speck.isopen);
 }

@@ -1,10 +1,11 @@
-// Levels with long ways, whose bars and balls no display list can hold: an edge of the nested grid has
-// thousands of posts, and a level up to millions.
+// Bars and balls of levels that no display list is made of: those with long ways, of which no list can hold
+// what there is (an edge of the nested grid has thousands of posts, and a level up to millions), and those
+// that look small, of which a view shows few and a world has many.
 //
 // What such a level is made of is kept in stretches, in the order of its lists, and what a view may show of
-// them is drawn anew in each frame (gantrystretch.h). Where many short ways come one after the other, a
-// list stands for them, so that in a level with few long ways only those are drawn anew. All comes in the
-// same order as from the level's lists, which decides what is seen where depths are equal.
+// them is drawn anew in each frame (gantrystretch.h). Where many short ways come one after the other among
+// long ones, a list stands for them, so that in a level with few long ways only those are drawn anew. All
+// comes in the same order as from the level's lists, which decides what is seen where depths are equal.
 #pragma once
 
 #include "scene/gantryreach.h"
@@ -21,3 +22,6 @@ bool gantry_haslongway(Maze* maze);
 /// Draws bars or balls of one level; what is out of sight is left out. The program is current. Kept as
 /// "gantryrows_railings" and "gantryrows_railballs" with flags 3.
 void gantry_rows(Maze* maze, GantryPart which, const Sight* sight);
+
+/// The same, keeping nothing: for a level of which next to nothing is painted.
+void gantry_speck(Maze* maze, GantryPart which, const Sight* sight);

@@ -1,6 +1,9 @@
 #include "scene/sight.h"
 
+#include "base/vec3.h"
+
 #include <cmath>
+#include <cstring>
 
 // The least and the greatest value of something in a body.
 struct Span {
@@ -34,7 +37,8 @@ void Sight_make(Sight* out, const ViewRec* view)
     out->far = view->far;
     out->pixels[0] = view->viewport[1] - view->viewport[0];
     out->pixels[1] = view->viewport[3] - view->viewport[2];
-    out->eye = std::fabs(view->eye[0]) + std::fabs(view->eye[1]) + std::fabs(view->eye[2]);
+    std::memcpy(out->eye, view->eye, sizeof out->eye);
+    out->eyesize = std::fabs(view->eye[0]) + std::fabs(view->eye[1]) + std::fabs(view->eye[2]);
 }
 
 static Span spanof(const f64 row[5], const f64 c[3], f64 radius)
@@ -56,7 +60,7 @@ static f64 roundingof(const Sight* sight, const f64 (*centres)[3], i32 n, f64 ra
         }
         most = std::fmax(most, size);
     }
-    return 1e-6 * (most + sight->eye + radius);
+    return 1e-6 * (most + sight->eyesize + radius);
 }
 
 // Whether all lies outside one of the sides.
@@ -111,4 +115,12 @@ bool Sight_unpainted(const Sight* sight, const f64 (*centres)[3], i32 n, f64 rad
     }
     return all.low > 0.0 && (betweenmiddles(sight, 1, centres, ahead, n, wide) ||
                              betweenmiddles(sight, 0, centres, ahead, n, wide));
+}
+
+f64 Sight_pixels(const Sight* sight, const f64 centre[3], f64 radius)
+{
+    f64 d[3];
+    vec3_sub(d, centre, sight->eye);
+    const f64 nearest = vec3_length(d) - radius;
+    return nearest > 0.0 ? radius * sight->across[0][4] * sight->pixels[0] / nearest : HUGE_VAL;
 }

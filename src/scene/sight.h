@@ -19,7 +19,8 @@ struct Sight {
     f64 near;
     f64 far;
     f64 pixels[2]; // in a row, and in a column
-    f64 eye;       // sum of its coordinates, without signs
+    f64 eye[3];
+    f64 eyesize; // sum of its coordinates, without signs
 };
 
 enum { SIGHT_MOST = 4 };
@@ -29,3 +30,6 @@ void Sight_make(Sight* out, const ViewRec* view);
 /// Whether nothing is painted of the hull of `n` balls, 1 to SIGHT_MOST, of one radius. Never true of
 /// places that aren't finite, nor of a radius that is not.
 bool Sight_unpainted(const Sight* sight, const f64 (*centres)[3], i32 n, f64 radius);
+
+/// How many pixels wide a ball may look at most, infinite with the eye in it. An estimate.
+f64 Sight_pixels(const Sight* sight, const f64 centre[3], f64 radius);
