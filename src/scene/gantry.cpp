@@ -118,8 +118,6 @@ static void bindtextures()
 
 // -------- the lists
 
-static const GLenum opened = 0xFFFFFFFF; // no kind of batch
-
 static void setcolour(u32 colour)
 {
     f32 channels[3];
@@ -134,15 +132,7 @@ static bool isplace(const f64 pos[3])
            std::isfinite(static_cast<f32>(pos[2]));
 }
 
-static void openbatch(GLenum* kind)
-{
-    if (kind != nullptr && *kind != opened) {
-        glBegin(*kind);
-        *kind = opened;
-    }
-}
-
-// `to` is null, or the kind of the batch, which the first plate opens and turns to `opened`.
+// `to` is null in a batch that is open.
 static void emitplate(const GantryPlate* plate, void* to)
 {
     for (i32 i = plate->ncorners - 1; i >= 0; i--) {
@@ -150,7 +140,9 @@ static void emitplate(const GantryPlate* plate, void* to)
             return;
         }
     }
-    openbatch(static_cast<GLenum*>(to));
+    if (to != nullptr) {
+        ListOnce_part(static_cast<ListOnce*>(to), plate->ncorners == 4 ? GL_QUADS : GL_TRIANGLES);
+    }
     setcolour(plate->colour);
     glNormal3f(static_cast<f32>(plate->normal[0]), static_cast<f32>(plate->normal[1]),
                static_cast<f32>(plate->normal[2]));
@@ -233,30 +225,19 @@ struct Layer {
 static const f64 smallpixels = 64.0;
 static const f64 speckpixels = 2.0;
 
-static void endbatch(GLenum kind)
-{
-    if (kind == opened) {
-        glEnd();
-    }
-}
-
-static void drawspeck(Maze* maze, const Layer* layer, const Sight* sight)
+static void drawspeck(Maze* maze, const Layer* layer, const Sight* sight, ListOnce* once)
 {
     if (layer->rows >= 0) {
-        gantry_speck(maze, static_cast<GantryPart>(layer->rows), sight);
+        gantry_speck(maze, static_cast<GantryPart>(layer->rows), sight, once);
         return;
     }
     const GantryFilter filter = {.sight = sight, .reach = gantry_extent(maze)->reach};
-    GLenum kind = GL_QUADS;
-    gantry_eachwalkway(maze, &filter, emitplate, &kind);
-    endbatch(kind);
-    kind = GL_TRIANGLES;
-    gantry_eachtriangle(maze, &filter, emitplate, &kind);
-    endbatch(kind);
+    gantry_eachwalkway(maze, &filter, emitplate, once);
+    gantry_eachtriangle(maze, &filter, emitplate, once);
 }
 
 // The parts of one level.
-static void drawlevel(Maze* maze, const Layer* layer, const Sight* sight)
+static void drawlevel(Maze* maze, const Layer* layer, const Sight* sight, ListOnce* once)
 {
     if (sight == nullptr) {
         Maze_calllist(maze, layer->list, layer->builder, false, nullptr);
@@ -271,10 +252,11 @@ static void drawlevel(Maze* maze, const Layer* layer, const Sight* sight)
     Maze_drawsphere(maze, centre, &radius);
     const f64 pixels = Sight_pixels(sight, centre, radius + reach);
     if (pixels < speckpixels) {
-        drawspeck(maze, layer, sight);
+        drawspeck(maze, layer, sight, once);
     } else if (layer->rows >= 0 && (pixels < smallpixels || gantry_haslongway(maze))) {
-        gantry_rows(maze, static_cast<GantryPart>(layer->rows), sight);
+        gantry_rows(maze, static_cast<GantryPart>(layer->rows), sight, once);
     } else {
+        ListOnce_draw(once);
         Maze_calllist(maze, layer->list, layer->builder, false, nullptr);
     }
 }
@@ -282,18 +264,25 @@ static void drawlevel(Maze* maze, const Layer* layer, const Sight* sight)
 // Draws the parts of a level and of those below it, last node first, without what can't touch the
 // picture. A walkway's corners stand off from their node by its radius and more where exits are close
 // together, so a level reaches beyond its draw sphere. With no sight all is drawn.
-static void drawlevels(Maze* maze, const Layer* layer, const Sight* sight)
+static void drawlevels(Maze* maze, const Layer* layer, const Sight* sight, ListOnce* once)
 {
     if (sight != nullptr && gantry_outofview(maze, sight)) {
         return;
     }
-    drawlevel(maze, layer, sight);
+    drawlevel(maze, layer, sight, once);
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         Maze* const sub = Maze_node(maze, n)->sub;
         if (sub != nullptr) {
-            drawlevels(sub, layer, sight);
+            drawlevels(sub, layer, sight, once);
         }
     }
+}
+
+static void drawlayer(Maze* root, const Layer* layer, const Sight* sight)
+{
+    ListOnce once = {};
+    drawlevels(root, layer, sight, &once);
+    ListOnce_draw(&once);
 }
 
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
@@ -309,13 +298,13 @@ void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* lig
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    drawlevels(root, &plates, sight);
+    drawlayer(root, &plates, sight);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    drawlevels(root, &bars, sight);
+    drawlayer(root, &bars, sight);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    drawlevels(root, &balls, sight);
+    drawlayer(root, &balls, sight);
     program_use(0);
 }

@@ -40,42 +40,44 @@ bool gantry_haslongway(Maze* maze)
 
 // -------- parts
 
-// Opens the batch on first need: a list can't be called within it.
-static void openbatch(bool* isopen)
+static void drawbar(const GantryBar* bar, void* once)
 {
-    if (!*isopen) {
-        impostors_begin();
-        *isopen = true;
-    }
-}
-
-static void closebatch(bool* isopen)
-{
-    if (*isopen) {
-        impostors_end();
-        *isopen = false;
-    }
-}
-
-static void drawbar(const GantryBar* bar, void* isopen)
-{
-    openbatch(static_cast<bool*>(isopen));
+    ListOnce_part(static_cast<ListOnce*>(once), GL_QUADS);
     impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
 }
 
-static void drawball(const GantryBall* ball, void* isopen)
+static void drawball(const GantryBall* ball, void* once)
 {
-    openbatch(static_cast<bool*>(isopen));
+    ListOnce_part(static_cast<ListOnce*>(once), GL_QUADS);
     impostor_sphere(ball->colour, ball->centre, ball->radius);
 }
 
-static void drawstretch(const GantryStretch* stretch, GantryPart which, const Sight* sight,
-                        bool* isopen)
+static void listbar(const GantryBar* bar, void* /*to*/)
+{
+    impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
+}
+
+static void listball(const GantryBall* ball, void* /*to*/)
+{
+    impostor_sphere(ball->colour, ball->centre, ball->radius);
+}
+
+static void liststretch(const GantryStretch* stretch, GantryPart which)
 {
     if (which == GANTRY_BARS) {
-        gantry_stretchbars(stretch, sight, drawbar, isopen);
+        gantry_stretchbars(stretch, nullptr, listbar, nullptr);
     } else {
-        gantry_stretchballs(stretch, sight, drawball, isopen);
+        gantry_stretchballs(stretch, nullptr, listball, nullptr);
+    }
+}
+
+static void drawstretch(const GantryStretch* stretch, GantryPart which, const Sight* sight,
+                        ListOnce* once)
+{
+    if (which == GANTRY_BARS) {
+        gantry_stretchbars(stretch, sight, drawbar, once);
+    } else {
+        gantry_stretchballs(stretch, sight, drawball, once);
     }
 }
 
@@ -93,13 +95,12 @@ static void listshort(Builder* builder)
     Rows* const rows = builder->rows;
     if (builder->lists && builder->shortparts >= leastlisted) {
         const u32 list = glGenLists(1);
-        bool isopen = false;
         glNewList(list, GL_COMPILE);
+        impostors_begin();
         for (u32 i = builder->shortfrom; i < rows->stretches.count; i++) {
-            drawstretch(items<GantryStretch>(&rows->stretches) + i, builder->which, nullptr,
-                        &isopen);
+            liststretch(items<GantryStretch>(&rows->stretches) + i, builder->which);
         }
-        closebatch(&isopen);
+        impostors_end();
         glEndList();
         rows->stretches.count = builder->shortfrom;
         pushrun(rows, 0);
@@ -158,45 +159,43 @@ static Rows* buildrows(Maze* maze, GantryPart which, const char* name)
 
 // -------- drawing
 
-void gantry_rows(Maze* maze, GantryPart which, const Sight* sight)
+void gantry_rows(Maze* maze, GantryPart which, const Sight* sight, ListOnce* once)
 {
     const char* const name = which == GANTRY_BARS ? "gantryrows_railings" : "gantryrows_railballs";
     const Rows* rows = static_cast<Rows*>(Maze_attachment(maze, name));
     if (rows == nullptr) {
+        ListOnce_draw(once); // lists can't be made within another
         rows = buildrows(maze, which, name);
     }
-    bool isopen = false;
     u32 at = 0;
     for (u32 i = 0; i < rows->runs.count; i++) { // in the order of the lists
         const Run run = items<Run>(&rows->runs)[i];
         for (; at < run.end; at++) {
-            drawstretch(items<GantryStretch>(&rows->stretches) + at, which, sight, &isopen);
+            drawstretch(items<GantryStretch>(&rows->stretches) + at, which, sight, once);
         }
         if (run.list != 0) {
-            closebatch(&isopen);
+            ListOnce_draw(once);
             glCallList(run.list);
         }
     }
-    closebatch(&isopen);
 }
 
-// What a level is drawn by that isn't kept.
+// Where the parts of a level go that isn't kept.
 struct Speck {
     GantryPart which;
     const Sight* sight;
-    bool isopen;
+    ListOnce* once;
 };
 
 static void drawspeck(const GantryStretch* stretch, void* to)
 {
-    Speck* const speck = static_cast<Speck*>(to);
-    drawstretch(stretch, speck->which, speck->sight, &speck->isopen);
+    const Speck* const speck = static_cast<Speck*>(to);
+    drawstretch(stretch, speck->which, speck->sight, speck->once);
 }
 
-void gantry_speck(Maze* maze, GantryPart which, const Sight* sight)
+void gantry_speck(Maze* maze, GantryPart which, const Sight* sight, ListOnce* once)
 {
-    Speck speck = {.which = which, .sight = sight, .isopen = false};
+    Speck speck = {.which = which, .sight = sight, .once = once};
     const GantryFilter filter = {.sight = sight, .reach = gantry_extent(maze)->reach};
     gantry_eachstretch(maze, &filter, which == GANTRY_BALLS, drawspeck, &speck);
-    closebatch(&speck.isopen);
 }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "scene/gantryreach.h"
+#include "scene/lists.h"
 
 enum GantryPart { GANTRY_BARS, GANTRY_BALLS };
 
@@ -19,9 +20,9 @@ extern f64 gantry_longway;
 /// Whether a level has a long way.
 bool gantry_haslongway(Maze* maze);
 
-/// Draws bars or balls of one level; what is out of sight is left out. The program is current. Kept as
-/// "gantryrows_railings" and "gantryrows_railballs" with flags 3.
-void gantry_rows(Maze* maze, GantryPart which, const Sight* sight);
+/// Draws bars or balls of one level, in part into `once`; what is out of sight is left out. The program is
+/// current. Kept as "gantryrows_railings" and "gantryrows_railballs" with flags 3.
+void gantry_rows(Maze* maze, GantryPart which, const Sight* sight, ListOnce* once);
 
 /// The same, keeping nothing: for a level of which next to nothing is painted.
-void gantry_speck(Maze* maze, GantryPart which, const Sight* sight);
+void gantry_speck(Maze* maze, GantryPart which, const Sight* sight, ListOnce* once);

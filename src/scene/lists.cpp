@@ -84,3 +84,38 @@ void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recur
     Sight_make(&sight, from->view);
     calllists(maze, name, builder, recursive, &sight, from->reach);
 }
+
+static const i32 mostparts = 20000; // in one list, which bounds its memory
+
+void ListOnce_part(ListOnce* once, u32 kind)
+{
+    if (once->parts >= mostparts) {
+        ListOnce_draw(once);
+    }
+    if (once->list == 0) {
+        once->list = glGenLists(1);
+        once->kind = -1;
+        glNewList(once->list, GL_COMPILE);
+    }
+    const i32 wanted = static_cast<i32>(kind);
+    if (once->kind != wanted) {
+        if (once->kind >= 0) {
+            glEnd();
+        }
+        glBegin(kind);
+        once->kind = wanted;
+    }
+    once->parts++;
+}
+
+void ListOnce_draw(ListOnce* once)
+{
+    if (once->list == 0) {
+        return;
+    }
+    glEnd();
+    glEndList();
+    glCallList(once->list);
+    glDeleteLists(once->list, 1);
+    *once = {};
+}

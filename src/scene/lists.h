@@ -43,3 +43,19 @@ bool Maze_unpainted(Maze* maze, const Sight* sight, f64 reach);
 /// current.
 void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
                    const ListView* from);
+
+/// What is drawn once, through lists that live no longer. Drivers may cut quads in another way where they
+/// are drawn vertex by vertex, and round otherwise: in this way all looks the same, to the last bit, as from
+/// a list that is kept. Starts as {}.
+struct ListOnce {
+    u32 list;  // being compiled; 0: none
+    i32 kind;  // of the open primitives, less than 0: none is open
+    i32 parts; // since it was opened
+};
+
+/// Makes ready for the vertices of one part, of primitives of a kind of glBegin. From here to ListOnce_draw
+/// nothing but vertices and what they need may be sent.
+void ListOnce_part(ListOnce* once, u32 kind);
+
+/// Draws what has come since the last call, if anything.
+void ListOnce_draw(ListOnce* once);
