@@ -124,8 +124,9 @@ TEST(gantry_culling, knows_how_far_each_part_stands_off_from_its_level)
         f64 centre[3];
         f64 radius;
         Maze_drawsphere(maze, centre, &radius);
-        const f64 most = radius + gantry_reach(maze);
-        EXPECT_LE(gantry_reach(maze), 200.1 * radius + 1.07); // as is assumed of all below a level
+        const f64 most = radius + gantry_extent(maze)->reach;
+        EXPECT_LE(gantry_extent(maze)->reach,
+                  200.1 * radius + 1.07); // as is assumed of all below a level
         for (const GantryPlate& plate : walkways_of(maze)) {
             for (const GantryCorner& corner : plate.corners) {
                 EXPECT_LE(length(vec(corner.pos) - vec(centre)), most);
