@@ -113,8 +113,9 @@ inline Played play(const Folder& folder, const std::string& script,
 {
     const Folder side;
     side.write("script", script);
-    const std::string command = prefix + (prefix.empty() ? "" : " ") + program("corvane-play") + " " + side.file("script") +
-                                " --log " + side.file("log") + " " + options;
+    const std::string command = prefix + (prefix.empty() ? "" : " ") + program("corvane-play") +
+                                " " + side.file("script") + " --log " + side.file("log") + " " +
+                                options;
     Played played;
     played.outcome = run_in(folder, command);
     const std::string log = side.read("log");

@@ -34,8 +34,8 @@ void* system_libraryroutine(const char* name)
 int system_run(const std::string& folder, const std::string& command, const std::string& out,
                const std::string& err)
 {
-    const std::string whole = "cd '" + folder + "' && ( " + command + " ) >'" + out + "' 2>'" + err +
-                              "' </dev/null";
+    const std::string whole =
+        "cd '" + folder + "' && ( " + command + " ) >'" + out + "' 2>'" + err + "' </dev/null";
     const int status = std::system(whole.c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }

@@ -1,9 +1,10 @@
 #include "tests/system.h"
 
+#include <windows.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <windows.h>
 
 std::string system_newfolder(const std::string& in)
 {

@@ -1,6 +1,6 @@
 #include "tests/fakes/gl_count.h"
-#include "tests/system.h"
 
+#include "tests/system.h"
 
 static void note(f32* to, f32 x, f32 y, f32 z, f32 w)
 {
@@ -38,7 +38,7 @@ static f32 single(f64 x)
     extern "C" __attribute__((weak)) result name parameters                                        \
     {                                                                                              \
         using Routine = decltype(&name);                                                           \
-        static const Routine next = reinterpret_cast<Routine>(system_libraryroutine(#name));            \
+        static const Routine next = reinterpret_cast<Routine>(system_libraryroutine(#name));       \
         const GlCall call(#name);                                                                  \
         (void)counted_##name;                                                                      \
         before;                                                                                    \

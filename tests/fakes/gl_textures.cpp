@@ -1,6 +1,6 @@
 #include "tests/fakes/gl_textures.h"
-#include "tests/system.h"
 
+#include "tests/system.h"
 
 // The library's own routine of a name.
 template <typename Routine> static Routine next(const char* name)

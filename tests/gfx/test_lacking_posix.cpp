@@ -1,10 +1,10 @@
 // Drivers that lack something, or are old: the environment tells the driver so, each time in a process
 // of its own.
 #include "base/report.h"
+#include "base/rnd.h"
 #include "gfx/gl/shaderprocs.h"
 #include "gfx/offscreen.h"
 #include "gfx/textures.h"
-#include "base/rnd.h"
 #include "tests/mipmaps.h"
 #include "tests/scripted_window.h"
 

@@ -20,7 +20,6 @@
 namespace
 {
 
-
 // A window and what is known of its driver, which the next test finds out anew.
 struct TextureWindow {
     TextureWindow()

@@ -15,8 +15,7 @@
 #include <stdexcept>
 #include <sys/wait.h>
 
-Session::Session(const Desktop& where, const std::string& in,
-                 const std::vector<std::string>& words)
+Session::Session(const Desktop& where, const std::string& in, const std::vector<std::string>& words)
     : desktop(where), folder(in)
 {
     process = spawn({.words = words,
