@@ -55,7 +55,6 @@ struct LongNest {
     {
         picture_open();
         gfx_resize(96, 72);
-        have_anisotropy = 0; // which costs the software renderer most of its time
         gantry_tex = 0;
         gantry_tnorm = 0;
         gfx_set_fov(90, 0.1F, 1000);
@@ -72,7 +71,6 @@ struct LongNest {
     ~LongNest()
     {
         plot_type = 0;
-        have_anisotropy = -1;
         MazeGame_free(&game);
     }
     LongNest(const LongNest&) = delete;
