@@ -339,7 +339,9 @@ static void angletable(EdgeAngleRec* out, Pos pos)
 void Pos_edgeanglerecs(Pos pos, EdgeAngleRec out[POS_MAXEDGES])
 {
     std::memset(out, 0, POS_MAXEDGES * sizeof(EdgeAngleRec));
-    angletable(out, pos);
+    if (Pos_node(pos)->sub == nullptr) {
+        angletable(out, pos);
+    }
 }
 
 static void freetable(void* data, Maze*)

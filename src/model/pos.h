@@ -88,6 +88,5 @@ inline constexpr f64 EDGEANGLE_STEEP = 99.0;
 /// the attachment goes.
 EdgeAngleRec* Maze_edgeanglerecs(Maze* maze);
 
-/// The records of one position alone, which must not hold a submaze; those behind its exits are zero.
-/// Attaches nothing.
+/// The records of one position alone, the same as in the table of its level. Attaches nothing.
 void Pos_edgeanglerecs(Pos pos, EdgeAngleRec out[POS_MAXEDGES]);

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <numbers>
@@ -544,6 +545,22 @@ TEST(Maze_edgeanglerecs, reach_across_levels)
     Maze_edgeanglerecs(world.left);
     EXPECT_EQ(1,
               rec(world.left, 1, 2)->backexit); // port 0 of the other: its edge to 1, the way out
+}
+
+TEST(Pos_edgeanglerecs, are_those_of_the_table_for_nodes_with_and_without_a_submaze)
+{
+    const TwoSubs world;
+    i32 holders = 0;
+    for (Maze* const maze : {world.left->parent, world.left}) {
+        const EdgeAngleRec* const table = Maze_edgeanglerecs(maze);
+        for (i32 n = 0; n < Maze_count(maze); n++) {
+            EdgeAngleRec alone[POS_MAXEDGES];
+            Pos_edgeanglerecs({maze, n}, alone);
+            EXPECT_EQ(0, std::memcmp(table + POS_MAXEDGES * n, alone, sizeof alone)) << n;
+            holders += Maze_node(maze, n)->sub != nullptr ? 1 : 0;
+        }
+    }
+    EXPECT_EQ(2, holders);
 }
 
 TEST(Maze_edgeanglerecs, of_a_steep_exit_are_99_and_zeros)
