@@ -14,8 +14,9 @@ build() {
     mkdir "$objects"
     (
         cd "$objects"
-        printf '%s\0' "$root"/src/{base,model,generate}/*.cpp "$root"/tools/{corvane_world,world*}.cpp |
-            xargs -0 -P "$(nproc)" -n 1 "$1" "$2" -std=c++20 -ffp-contract=off -I"$root/src" -c
+        printf '%s\0' "$root"/src/{base,model,generate}/*.cpp "$root"/tools/{corvane_world,tool,world*}.cpp |
+            xargs -0 -P "$(nproc)" -n 1 "$1" "$2" -std=c++20 -ffp-contract=off -I"$root/src" \
+                -D'CORVANE_VERSION="golden"' -c
     )
     "$1" "$objects"/*.o -o "$folder/$1$2"
 }
