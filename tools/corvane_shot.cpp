@@ -507,7 +507,10 @@ static void walktrail(MazeGame* game, i32 steps)
             return;
         }
         const Pos to = exits[stalestexit(recs, count)];
-        Pos_markwalked(game->pos, to, game->time - (steps - i));
+        const f64 time = game->time - (steps - i);
+        if (time >= 0.0) { // an earlier stamp would read as never, but be counted
+            Pos_markwalked(game->pos, to, time);
+        }
         game->pos = to;
     }
 }
@@ -629,5 +632,5 @@ int main(int argc, char** argv)
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {
         return EXIT_BAD;
     }
-    return 0;
+    return EXIT_DONE;
 }
