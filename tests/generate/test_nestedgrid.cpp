@@ -3,7 +3,6 @@
 #include "tests/goldenworld.h"
 #include "tests/sound.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
