@@ -2,16 +2,27 @@
 # Installs what the tests need, builds everything, and runs all tests: the fuzzers for a minute, the
 # tests under the sanitizers, then the release build with the checks of the sources and the window tests.
 # Ends with CTest's summary; the exit code is 0 only if every test passed and no fuzzer found anything.
-#   --tidy   checks tests and benchmarks with clang-tidy as well, which takes long
+#   --tidy     checks tests and benchmarks with clang-tidy as well, which takes long
+#   --windows  builds for Windows instead, and runs the tests of that under Wine
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/packages.sh
 . scripts/build.sh
+. scripts/windows.sh
 
-if [ $# -gt 1 ] || [ "${1:---tidy}" != --tidy ]; then
-    echo "usage: ./test.sh [--tidy]" >&2
+case "$#${1:-}" in
+0 | 1--tidy) ;;
+1--windows)
+    packages_install windows
+    windows_build
+    windows_test
+    exit
+    ;;
+*)
+    echo "usage: ./test.sh [--tidy | --windows]" >&2
     exit 2
-fi
+    ;;
+esac
 
 # run_tests PRESET OPTION...: what failed is told once more at the end.
 run_tests() {

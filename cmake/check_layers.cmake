@@ -53,17 +53,28 @@ foreach(file ${files})
                 fault("${file} (${name}) includes ${included} (${layer_${target}}), which lies above it")
             endif()
         endif()
-        if(line MATCHES "<(SDL|EGL/|windows)" AND NOT file MATCHES "^src/gfx/platform/")
+        if(line MATCHES "<(SDL|EGL/|windows)" AND NOT file MATCHES
+           "^src/(gfx/platform/.*|base/wholefile_win32\\.cpp)$")
             fault("${file} includes a window library: ${line}")
         endif()
         if(line MATCHES "<GL/" AND NOT file MATCHES "^(src/gfx|src/scene|src/text|tools|src/shell)/")
             fault("${file} includes OpenGL: ${line}")
         endif()
-        if(line MATCHES "<(unistd|fcntl|dirent|sys/[a-z]+)\\.h>" AND NOT file MATCHES
-           "^src/(gfx/platform/.*|base/wholefile\\.cpp)$")
+        if(line MATCHES "<(unistd|fcntl|io|dirent|sys/[a-z]+)\\.h>" AND NOT file MATCHES
+           "^src/(gfx/platform/.*|base/wholefile_(posix|win32)\\.cpp)$")
             fault("${file} includes a header of the operating system: ${line}")
         endif()
-        if(line MATCHES "(_WIN32|__linux__|__APPLE__|__unix__)" AND NOT file MATCHES "^src/gfx/platform/")
+    endforeach()
+endforeach()
+
+# Which files are built is how systems are told apart.
+set(systems "(WIN32|WIN64|MINGW|CYGWIN|_MSC_VER|__linux|__gnu_linux|__APPLE__|__unix)")
+file(GLOB_RECURSE others RELATIVE ${ROOT} ${ROOT}/tests/*.h ${ROOT}/tests/*.cpp
+    ${ROOT}/bench/*.h ${ROOT}/bench/*.cpp)
+foreach(file ${files} ${others})
+    file(STRINGS ${ROOT}/${file} lines REGEX "^ *# *(if|ifdef|ifndef|elif|elifdef|elifndef)[ (]")
+    foreach(line ${lines})
+        if(line MATCHES "${systems}" AND NOT file MATCHES "^src/gfx/platform/")
             fault("${file} asks for a platform: ${line}")
         endif()
     endforeach()

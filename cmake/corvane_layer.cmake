@@ -18,12 +18,24 @@ if(CORVANE_FUZZ)
     target_compile_options(corvane_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+if(WIN32)
+    enable_language(RC)
+    set_property(SOURCE cmake/windows.rc
+        PROPERTY OBJECT_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/windows.manifest)
+    # OpenGL's header asks for these two and brings the whole of windows.h along without them. As plain
+    # functions its routines can be replaced in tests.
+    target_compile_definitions(corvane_flags INTERFACE
+        WINGDIAPI= APIENTRY=__stdcall WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
+    # It takes the formats of our own routines for those of the C runtime; other builds check them.
+    target_compile_options(corvane_flags INTERFACE -Wno-format -Wno-format-extra-args)
+endif()
+
 # Flags that only the program's own code takes: tests may use anything.
 add_library(corvane_plain INTERFACE)
 target_compile_options(corvane_plain INTERFACE -fno-exceptions -fno-rtti)
 if(CORVANE_COVERAGE)
     target_compile_options(corvane_plain INTERFACE --coverage -O1)
-    target_link_options(corvane_flags INTERFACE --coverage)
+    target_link_options(corvane_flags INTERFACE --coverage -Wl,-u,__gcov_dump)
 endif()
 
 # What a distribution asks of programs that read files: checks of buffers and of the stack, and
@@ -34,11 +46,12 @@ if(CMAKE_SYSTEM_NAME STREQUAL Linux AND NOT CORVANE_SANITIZE AND NOT CORVANE_FUZ
     target_link_options(corvane_plain INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
-# corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets])
+# corvane_layer(NAME FILES ... [GLSL ...] [USES layers] [LIBS targets] [ELSEWHERE ...])
 # One static library; it sees the layers that it names and those below them. The text of each
-# GLSL file is embedded under the file's stem.
+# GLSL file is embedded under the file's stem. The files under ELSEWHERE belong to the layer whether
+# or not this system builds them.
 function(corvane_layer name)
-    cmake_parse_arguments(ARG "" "" "FILES;GLSL;USES;LIBS" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "FILES;GLSL;USES;LIBS;ELSEWHERE" ${ARGN})
     set(embedded)
     foreach(text ${ARG_GLSL})
         get_filename_component(stem ${text} NAME_WE)
@@ -56,7 +69,9 @@ function(corvane_layer name)
     endforeach()
     target_link_libraries(corvane_${name} PUBLIC ${ARG_LIBS})
     file(APPEND ${CORVANE_LAYER_LIST} "layer ${name} ${ARG_USES}\n")
-    foreach(file ${ARG_FILES})
+    set(known ${ARG_FILES} ${ARG_ELSEWHERE})
+    list(REMOVE_DUPLICATES known)
+    foreach(file ${known})
         file(APPEND ${CORVANE_LAYER_LIST} "file ${file} ${name}\n")
     endforeach()
 endfunction()
@@ -65,6 +80,9 @@ endfunction()
 function(corvane_program name)
     cmake_parse_arguments(ARG "" "" "FILES;USES" ${ARGN})
     add_executable(${name} ${ARG_FILES})
+    if(WIN32)
+        target_sources(${name} PRIVATE cmake/windows.rc)
+    endif()
     target_link_libraries(${name} PRIVATE corvane_flags corvane_plain)
     foreach(below ${ARG_USES})
         target_link_libraries(${name} PRIVATE corvane_${below})
@@ -75,20 +93,23 @@ function(corvane_program name)
     endforeach()
 endfunction()
 
-# Flags of the tests, and the routine main that they share. What most of them include is compiled once,
-# but not beside a cache of compilations, which would keep none of them then.
-function(corvane_harness file)
+# Flags of the tests, and the routine main and what asks the system that they share. What most of them
+# include is compiled once, but not beside a cache of compilations, which would keep none of them then.
+function(corvane_harness)
     add_library(corvane_testing INTERFACE)
     target_include_directories(corvane_testing INTERFACE ${CMAKE_SOURCE_DIR})
     target_compile_definitions(corvane_testing INTERFACE _REENTRANT # as SDL's users have it
         CORVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}" CORVANE_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
+    if(WIN32)
+        target_compile_definitions(corvane_testing INTERFACE _USE_MATH_DEFINES) # for M_PI
+    endif()
     target_link_libraries(corvane_testing INTERFACE corvane_flags GTest::gtest)
     # to optimise the tests themselves takes twice the time that it saves
     target_compile_options(corvane_testing INTERFACE -O0)
     # where GCC 12 optimises standard containers it warns of overlaps and overruns that aren't there
     target_compile_options(corvane_testing INTERFACE $<$<CXX_COMPILER_ID:GNU>:
         -Wno-restrict -Wno-array-bounds -Wno-stringop-overflow -Wno-free-nonheap-object>)
-    add_library(corvane_harness OBJECT ${file})
+    add_library(corvane_harness OBJECT ${ARGN})
     target_link_libraries(corvane_harness PRIVATE corvane_testing)
     if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
         target_precompile_headers(corvane_harness PRIVATE <gtest/gtest.h> <algorithm> <cmath>
@@ -96,10 +117,9 @@ function(corvane_harness file)
     endif()
 endfunction()
 
-# corvane_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
-# One program a layer, test_LAYER; each file test_x.cpp is one CTest test, LAYER.x, which runs the
-# subjects that the file declares.
-function(corvane_test name)
+# corvane_program_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
+# The test program of a layer, test_LAYER.
+function(corvane_program_test name)
     cmake_parse_arguments(ARG "" "" "FILES;EXTRA;USES" ${ARGN})
     if(NOT ARG_USES)
         set(ARG_USES ${name})
@@ -112,6 +132,14 @@ function(corvane_test name)
     foreach(below ${ARG_USES})
         target_link_libraries(test_${name} PRIVATE corvane_${below})
     endforeach()
+endfunction()
+
+# corvane_test(LAYER FILES test_x.cpp ... [EXTRA helper.cpp ...])
+# One program a layer, test_LAYER; each file test_x.cpp is one CTest test, LAYER.x, which runs the
+# subjects that the file declares.
+function(corvane_test name)
+    cmake_parse_arguments(ARG "" "" "FILES;EXTRA;USES" ${ARGN})
+    corvane_program_test(${name} ${ARGN})
     foreach(file ${ARG_FILES})
         get_filename_component(stem ${file} NAME_WE)
         string(REGEX REPLACE "^test_" "" module ${stem})

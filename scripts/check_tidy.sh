@@ -14,7 +14,8 @@ if [ -z "$tidy" ]; then
     echo "clang-tidy is not installed" >&2
     exit 1
 fi
-mapfile -t files < <(find "$@" -name '*.cpp' | sort)
+# what is only for Windows takes that system's headers
+mapfile -t files < <(find "$@" -name '*.cpp' ! -name '*_win32.cpp' ! -name win32.cpp ! -name '*wgl.cpp' | sort)
 if [ ${#files[@]} -eq 0 ]; then
     echo "no source file was found" >&2
     exit 1

@@ -14,7 +14,8 @@ build() {
     mkdir "$objects"
     (
         cd "$objects"
-        printf '%s\0' "$root"/src/{base,model,generate}/*.cpp "$root"/tools/{corvane_world,tool,world*}.cpp |
+        find "$root"/src/{base,model,generate} "$root"/tools/{corvane_world,tool,world*}.cpp \
+            -name '*.cpp' ! -name '*_win32.cpp' -print0 |
             xargs -0 -P "$(nproc)" -n 1 "$1" "$2" -std=c++20 -ffp-contract=off -I"$root/src" \
                 -D'CORVANE_VERSION="golden"' -c
     )

@@ -24,7 +24,7 @@ find "$build" -name '*.gcda' -delete
 ctest --test-dir "$build" --no-tests=error --parallel "$(nproc)" --output-on-failure \
     --tests-regex "^($(IFS='|' && echo "${layers[*]}"))\."
 
-gcovr --root . --filter src/ --object-directory "$build" -j "$(nproc)" --csv "$build" >"$build/lines.csv"
+gcovr --root . --filter src/ --object-directory "$build" -j "$(nproc)" "$build" --csv "$build/lines.csv"
 awk -F, -v files="${1:-}" '
     BEGIN { split("base 95 model 95 generate 95 shell 95 scene 85 text 85", list, " ")
             for (i = 1; i in list; i += 2) limit[list[i]] = list[i + 1]

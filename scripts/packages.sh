@@ -9,6 +9,8 @@ packages_test=(libgtest-dev libbenchmark-dev libboost-dev libxcb-damage0-dev 'cl
     clang 'libclang-rt-dev|libclang-rt-14-dev' shellcheck glslang-tools xvfb xserver-xorg-video-dummy
     x11-xserver-utils openbox xdotool wmctrl x11-xkb-utils strace util-linux mount
     desktop-file-utils appstream mandoc lintian dpkg-dev)
+# What the tests of the build for Windows take beyond that.
+packages_windows=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest dpkg-dev wine wine64 xauth)
 
 package_installed() {
     [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
@@ -58,7 +60,7 @@ packages_elsewhere() {
     for name in sdl2 egl gl opengl libpng; do
         pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
     done
-    if [ "$1" = test ]; then
+    if [ "$1" != build ]; then
         for name in clang++ clang-format clang-tidy shellcheck glslangValidator Xvfb Xorg xrandr openbox xdotool \
             wmctrl setxkbmap strace unshare setpriv mount desktop-file-validate appstreamcli mandoc \
             lintian dpkg-shlibdeps; do
@@ -67,6 +69,12 @@ packages_elsewhere() {
         for name in gtest benchmark xcb-damage; do
             pkg-config --exists "$name" 2>/dev/null || lacking+=("the library $name with its headers")
         done
+    fi
+    if [ "$1" = windows ]; then
+        for name in x86_64-w64-mingw32-g++-posix wine dpkg-source; do
+            command -v "$name" >/dev/null || lacking+=("$name")
+        done
+        [ -d /usr/src/googletest ] || lacking+=("the sources of GoogleTest in /usr/src/googletest")
     fi
     if [ ${#lacking[@]} -gt 0 ]; then
         {
@@ -78,7 +86,8 @@ packages_elsewhere() {
     fi
 }
 
-# packages_install build|test: installs what is missing for it, or ends the script with code 1.
+# packages_install build|test|windows: installs what is missing for it, or ends the script with code 1.
+# The tests take what building takes, and those of the build for Windows take both.
 # apt-get runs only if something is missing.
 packages_install() {
     if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
@@ -86,8 +95,11 @@ packages_install() {
         return
     fi
     local wanted=("${packages_build[@]}") missing chosen=() name
-    if [ "$1" = test ]; then
+    if [ "$1" != build ]; then
         wanted+=("${packages_test[@]}")
+    fi
+    if [ "$1" = windows ]; then
+        wanted+=("${packages_windows[@]}")
     fi
     mapfile -t missing < <(packages_missing "${wanted[@]}")
     if [ ${#missing[@]} -eq 0 ]; then

@@ -15,14 +15,14 @@ template <typename Part> inline void gantry_keep(const Part* part, void* to)
 inline std::vector<GantryPlate> walkways_of(Maze* maze)
 {
     std::vector<GantryPlate> plates;
-    gantry_eachwalkway(maze, gantry_keep<GantryPlate>, &plates);
+    gantry_eachwalkway(maze, nullptr, gantry_keep<GantryPlate>, &plates);
     return plates;
 }
 
 inline std::vector<GantryPlate> triangles_of(Maze* maze)
 {
     std::vector<GantryPlate> plates;
-    gantry_eachtriangle(maze, gantry_keep<GantryPlate>, &plates);
+    gantry_eachtriangle(maze, nullptr, gantry_keep<GantryPlate>, &plates);
     return plates;
 }
 

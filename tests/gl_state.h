@@ -8,6 +8,12 @@
 
 #include <string>
 
+/// Whether there is a context: without one OpenGL has no version.
+inline bool gl_current()
+{
+    return glGetString(GL_VERSION) != nullptr;
+}
+
 /// State that would spoil what is drawn.
 inline void gl_disturb()
 {

@@ -3,6 +3,7 @@
 
 #include "base/rnd.h"
 #include "tests/digest.h"
+#include "tests/system.h"
 #include "tests/world.h"
 
 #include <cstdio>
@@ -18,10 +19,10 @@ struct GoldenWorld {
     std::string line;
 };
 
-/// The golden worlds of one mode.
-inline std::vector<GoldenWorld> golden_worlds(i32 mode)
+/// The worlds of one mode that a file holds.
+inline std::vector<GoldenWorld> worlds_in(const std::string& path, i32 mode)
 {
-    std::ifstream file(CORVANE_SOURCE_DIR "/tests/golden/worlds.txt");
+    std::ifstream file(path);
     std::vector<GoldenWorld> worlds;
     for (std::string line; std::getline(file, line);) {
         GoldenWorld world = {-1, -1, 0, line};
@@ -32,6 +33,19 @@ inline std::vector<GoldenWorld> golden_worlds(i32 mode)
         world.kind = kind == "-" ? -1 : std::stoi(kind);
         if (world.mode == mode) {
             worlds.push_back(world);
+        }
+    }
+    return worlds;
+}
+
+/// The golden worlds of one mode, as this system makes them.
+inline std::vector<GoldenWorld> golden_worlds(i32 mode)
+{
+    std::vector<GoldenWorld> worlds =
+        worlds_in(CORVANE_SOURCE_DIR "/tests/golden/worlds.txt", mode);
+    for (const GoldenWorld& other : worlds_in(system_otherworlds(), mode)) {
+        for (GoldenWorld& world : worlds) {
+            world = world.kind == other.kind && world.seed == other.seed ? other : world;
         }
     }
     return worlds;

@@ -15,7 +15,6 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -24,7 +23,7 @@ using Bytes = std::vector<u8>;
 
 /// A folder in memory where the system has a place for that, since thousands of files are synced here.
 struct Folder : TempFolder {
-    Folder() : TempFolder(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : testing::TempDir())
+    Folder() : TempFolder(system_quickfolder())
     {
     }
 };

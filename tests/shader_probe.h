@@ -142,8 +142,10 @@ struct ProbeTarget {
 
 inline void probe_corner(const ProbeSample& sample, f32 x, f32 y)
 {
+    const auto coord =
+        reinterpret_cast<PFNGLMULTITEXCOORD3DPROC>(platform->glproc("glMultiTexCoord3d"));
     for (GLenum i = 0; i < 3; i++) {
-        glMultiTexCoord3d(GL_TEXTURE0 + i, sample.tex[i][0], sample.tex[i][1], sample.tex[i][2]);
+        coord(GL_TEXTURE0 + i, sample.tex[i][0], sample.tex[i][1], sample.tex[i][2]);
     }
     glColor4fv(sample.colour.data());
     glVertex2f(x, y);

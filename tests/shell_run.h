@@ -11,8 +11,6 @@
 #include <map>
 #include <png.h>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 // A folder whose files are read and written in one word.
@@ -41,14 +39,11 @@ struct Outcome {
     std::string out, err;
 };
 
-// Runs a shell command in a folder.
+// Runs a command in a folder.
 inline Outcome run_in(const Folder& folder, const std::string& command)
 {
     const Folder side;
-    const std::string whole = "cd '" + folder.path + "' && ( " + command + " ) >'" +
-                              side.file("out") + "' 2>'" + side.file("err") + "' </dev/null";
-    const int status = std::system(whole.c_str());
-    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    const int code = system_run(folder.path, command, side.file("out"), side.file("err"));
     return {code, side.read("out"), side.read("err")};
 }
 
@@ -118,8 +113,9 @@ inline Played play(const Folder& folder, const std::string& script,
 {
     const Folder side;
     side.write("script", script);
-    const std::string command = prefix + " " + program("corvane-play") + " " + side.file("script") +
-                                " --log " + side.file("log") + " " + options;
+    const std::string command = prefix + (prefix.empty() ? "" : " ") + program("corvane-play") +
+                                " " + side.file("script") + " --log " + side.file("log") + " " +
+                                options;
     Played played;
     played.outcome = run_in(folder, command);
     const std::string log = side.read("log");

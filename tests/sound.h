@@ -3,13 +3,14 @@
 #pragma once
 
 #include "model/maze.h"
+#include "tests/system.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
-#include <unistd.h>
 
 enum SoundDoubled { SOUND_SINGLE, SOUND_DOUBLED };
 
@@ -98,27 +99,21 @@ inline void sound_level(const Maze* maze, i32 ports, SoundDoubled doubled, const
 inline std::string sound_dump(const Maze* maze, SoundDoubled doubled)
 {
     const std::string file = (std::filesystem::temp_directory_path() /
-                              ("corvane-sound-" + std::to_string(getpid()) + ".txt"))
+                              ("corvane-sound-" + std::to_string(system_process()) + ".txt"))
                                  .string();
     std::remove(file.c_str());
     if (Maze_dump(maze, file.c_str(), "sound", MAZE_DUMP_ALL) < 0) {
         return "the dump can't be written\n";
     }
     std::string faults;
-    std::FILE* const in = std::fopen(file.c_str(), "r");
-    char* line = nullptr;
-    size_t size = 0;
-    while (in != nullptr && getline(&line, &size, in) >= 0) {
-        const std::string text = line;
-        const bool twice = text.find(" twice\n") != std::string::npos;
+    std::ifstream in(file);
+    for (std::string text; std::getline(in, text);) {
+        const bool twice = text.ends_with(" twice");
         if (text.starts_with("ERROR") && !(twice && doubled == SOUND_DOUBLED)) {
-            faults += text;
+            faults += text + "\n";
         }
     }
-    std::free(line);
-    if (in != nullptr) {
-        std::fclose(in);
-    }
+    in.close();
     std::remove(file.c_str());
     return faults;
 }

@@ -1,26 +1,21 @@
 // A folder of its own for a test, removed with all that is in it, and files in it.
 #pragma once
 
+#include "tests/system.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 struct TempFolder {
     std::string path; // full, without a slash at the end
 
-    explicit TempFolder(const std::string& in = testing::TempDir())
+    explicit TempFolder(const std::string& in = testing::TempDir()) : path(system_newfolder(in))
     {
-        path = std::filesystem::canonical(in).string() + "/corvane-XXXXXX";
-        if (mkdtemp(path.data()) == nullptr) {
-            std::abort(); // the test can't run
-        }
     }
     ~TempFolder()
     {
@@ -33,7 +28,7 @@ struct TempFolder {
 
     std::string file(const std::string& name) const
     {
-        return path + "/" + name;
+        return (std::filesystem::path(path) / name).string();
     }
 
     bool has(const std::string& name) const
@@ -50,34 +45,6 @@ struct TempFolder {
         }
         std::sort(result.begin(), result.end());
         return result;
-    }
-};
-
-// A user whom the permission bits bind; the superuser passes over them.
-struct OrdinaryUser {
-    OrdinaryUser()
-    {
-        if (geteuid() == 0 && seteuid(65534) != 0) {
-            std::abort(); // the test can't run
-        }
-    }
-    ~OrdinaryUser()
-    {
-        if (getuid() == 0 && seteuid(0) != 0) {
-            std::abort();
-        }
-    }
-};
-
-// A folder that belongs to that user too.
-struct OpenFolder : TempFolder {
-    OpenFolder()
-    {
-        EXPECT_EQ(chmod(path.c_str(), 0777), 0);
-    }
-    ~OpenFolder()
-    {
-        chmod(path.c_str(), 0777); // NOLINT: the removal tells
     }
 };
 

@@ -67,21 +67,23 @@ worlds() { # the kinds 0 to 12, then the nested grid and the gallery
     picture worlds 5 128
 }
 
-gantries() { # by day, at dawn, at night with the lamp, nested
-    local view=(--size 430x322 --plot gantries)
+gantries() { # a corner with a ladder, by day and at dusk; by day and at night with the lamp; nested twice
+    local view=(--size 288x216 --plot gantries)
+    local corner=(--kind 5 --seed 5 --at 1:151 --first-person --yaw 2.3 --pitch -1.3)
+    shot "${view[@]}" "${corner[@]}" --clock 1000
+    shot "${view[@]}" "${corner[@]}" --clock 245 --landscape
     shot "${view[@]}" --kind 0 --seed 3 --at 1:1200 --landscape --clock 960 --first-person \
         --yaw 2.8 --pitch -1.5
-    shot "${view[@]}" --kind 3 --seed 6 --at 1:300 --landscape --clock 765 --yaw -1.5 --pitch -1.2 \
-        --zoom 0.4
     shot "${view[@]}" --kind 10 --seed 6 --at 1:1000 --light --clock 500 --yaw 2.8 --pitch -1 --zoom 0.3
     shot "${view[@]}" --kind 9 --seed 6 --at 1:15 --landscape --clock 1000 --yaw 2.8 --pitch -1.3 --zoom 0.5
-    picture gantries 2 160
+    shot "${view[@]}" --kind 12 --seed 6 --clock 1000 --yaw 2.8 --pitch -0.9 --zoom 0.3
+    picture gantries 3 160
 }
 
 ballstick() { # by day, at dusk, at night with the lamp, nested
     local view=(--size 430x322 --plot balls)
     shot "${view[@]}" --kind 0 --seed 3 --at 1:1500 --landscape --clock 1000 --yaw 2.8 --pitch -1 --zoom 1
-    shot "${view[@]}" --kind 10 --seed 6 --at 1:1000 --landscape --clock 228 --yaw 1.6 --pitch -1.1 \
+    shot "${view[@]}" --kind 10 --seed 6 --at 1:1000 --landscape --clock 245 --yaw 1.6 --pitch -1.1 \
         --zoom 1.5
     shot "${view[@]}" --kind 0 --seed 3 --at 1:1200 --landscape --light --clock 500 --yaw 1.6 --pitch -0.9 \
         --zoom 0.6

@@ -51,11 +51,11 @@ struct Platform {
     f64 (*seconds)();
 
     // The end of the process. takesignals makes the system's requests to end it arrive as EVENT_CLOSE
-    // from now on; one that comes before the window is open waits for its first events. displaylost
-    // tells that the display has ended by itself: the process is about to end then, and nothing but
-    // the clock may be asked of the back end.
+    // from now on; one that comes before the window is open waits for its first events. ended tells
+    // what has ended by itself, such as the display, as the beginning of a sentence; null if nothing
+    // has. The process is about to end then, and nothing but the clock may be asked of the back end.
     void (*takesignals)();
-    bool (*displaylost)();
+    const char* (*ended)();
 
     // The desktop, before and after a window is open. displays fills at most `max` rectangles in the
     // system's order and returns how many; desktop is the rectangle around all of them; primary is
@@ -97,8 +97,12 @@ struct Platform {
     void* (*glproc)(const char* symbol);
 };
 
-extern const Platform platform_sdl;
+extern const Platform platform_sdl;   // where there is no Windows
+extern const Platform platform_win32; // on Windows
 extern const Platform platform_scripted;
+
+/// The back end of this system's desktop.
+extern const Platform* const platform_desktop;
 
 /// The back end in use. Set by platform_use, before anything else of the graphics side runs.
 extern const Platform* platform;

@@ -6,6 +6,7 @@
 #include "gfx/gfx_opengl.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
 #include <cmath>
 #include <cstdio>

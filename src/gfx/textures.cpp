@@ -177,10 +177,20 @@ void tex_make_mipmaps(GLenum target)
     }
 }
 
+// Software reads all texels that a pixel covers, each time: a plate seen from its edge covers millions.
+static bool rendersinsoftware()
+{
+    const GLubyte* const name = glGetString(GL_RENDERER);
+    return name != nullptr &&
+           std::strstr(reinterpret_cast<const char*>(name), "llvmpipe") != nullptr;
+}
+
 void tex_set_anisotropy(GLenum target)
 {
     if (have_anisotropy == -1) {
-        have_anisotropy = gl_hasextension("GL_EXT_texture_filter_anisotropic") ? 1 : 0;
+        const bool fit =
+            gl_hasextension("GL_EXT_texture_filter_anisotropic") && !rendersinsoftware();
+        have_anisotropy = fit ? 1 : 0;
     }
     if (have_anisotropy == 0) {
         return;

@@ -41,7 +41,9 @@ void tex_make_mipmaps_plainly(GLenum target);
 /// `bytes` is overwritten.
 void tex_box_mipmaps(GLenum target, i32 components, i32 width, i32 height, u8* bytes);
 
-/// Raises the anisotropy of the texture bound to `target` to the card's limit, if it has any.
+/// Raises the anisotropy of the texture bound to `target` to the card's limit, if it has any; but not where
+/// OpenGL is drawn in software. Such a renderer would take minutes for a picture with plates seen from
+/// their edges, seconds for clouds up to the horizon, and strew rough water with grey specks.
 void tex_set_anisotropy(GLenum target);
 
 /// glBlendEquation, looked up on first use. Does nothing, and returns false, where the driver lacks it.

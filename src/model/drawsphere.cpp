@@ -31,6 +31,7 @@ struct Gathered {
     bool any;
     f64 centre[3]; // the middle of the box, once it is known
     f64 radius;
+    f64 largest; // radius of a node
 };
 
 using BallVisitor = void (*)(Gathered* gathered, const f64 centre[3], f64 radius);
@@ -66,6 +67,7 @@ static void visitnode(Gathered* gathered, const MazeNode* node, BallVisitor visi
 {
     if (finite(node->pos) && std::isfinite(node->radius)) {
         visit(gathered, node->pos, std::fabs(node->radius));
+        gathered->largest = std::fmax(gathered->largest, std::fabs(node->radius));
     }
 }
 
@@ -78,6 +80,7 @@ static void visitballs(Gathered* gathered, Maze* maze, BallVisitor visit)
         if (node->sub != nullptr) {
             if (Maze_count(node->sub) > 0) {
                 visit(gathered, node->sub->drawcentre, node->sub->drawradius);
+                gathered->largest = std::fmax(gathered->largest, node->sub->drawlargest);
             }
             continue;
         }
@@ -159,6 +162,7 @@ static void compute(Maze* maze)
     }
     std::memcpy(maze->drawcentre, gathered.centre, sizeof maze->drawcentre);
     maze->drawradius = gathered.radius;
+    maze->drawlargest = gathered.largest;
     if (hangs(maze)) {
         untellbeside(maze);
     }
@@ -171,6 +175,14 @@ void Maze_drawsphere(Maze* maze, f64 centre[3], f64* radius)
     }
     std::memcpy(centre, maze->drawcentre, sizeof maze->drawcentre);
     *radius = maze->drawradius;
+}
+
+f64 Maze_drawlargest(Maze* maze)
+{
+    if (maze->drawradius < 0.0) {
+        compute(maze);
+    }
+    return maze->drawlargest;
 }
 
 static void markone(Maze* maze)

@@ -26,6 +26,10 @@ inline constexpr f64 DRAWSPHERE_TOLD =
 /// numbers.
 void Maze_drawsphere(Maze* maze, f64 centre[3], f64* radius);
 
+/// The radius of the largest node of what the draw sphere holds, without its sign, 0 if it holds none.
+/// Computed with the sphere.
+f64 Maze_drawlargest(Maze* maze);
+
 /// Makes stale what a change of this maze's positions or graph reaches: the maze itself, the siblings
 /// that its ports lead to, and all mazes above; with `recursive` all below as well. One comparison if
 /// nothing that it reaches has been computed since the last call.

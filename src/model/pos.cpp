@@ -336,6 +336,12 @@ static void angletable(EdgeAngleRec* out, Pos pos)
     }
 }
 
+void Pos_edgeanglerecs(Pos pos, EdgeAngleRec out[POS_MAXEDGES])
+{
+    std::memset(out, 0, POS_MAXEDGES * sizeof(EdgeAngleRec));
+    angletable(out, pos);
+}
+
 static void freetable(void* data, Maze*)
 {
     std::free(data);

@@ -87,3 +87,7 @@ inline constexpr f64 EDGEANGLE_STEEP = 99.0;
 /// nodes with a submaze, and those behind a node's exits, are zero. Returns the table, lent until
 /// the attachment goes.
 EdgeAngleRec* Maze_edgeanglerecs(Maze* maze);
+
+/// The records of one position alone, which must not hold a submaze; those behind its exits are zero.
+/// Attaches nothing.
+void Pos_edgeanglerecs(Pos pos, EdgeAngleRec out[POS_MAXEDGES]);

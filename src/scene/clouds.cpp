@@ -1,7 +1,6 @@
 #include "scene/clouds.h"
 
 #include "gfx/textures.h"
-#include "scene/anisotropy.h"
 #include "scene/lighting.h"
 #include "scene/noise.h"
 
@@ -107,7 +106,7 @@ static GLuint makenoise(f32 noisescale)
     glBindTexture(GL_TEXTURE_2D, name);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    anisotropy_set(GL_TEXTURE_2D);
+    tex_set_anisotropy(GL_TEXTURE_2D);
     u8* const bytes = noise_make(NOISE_SIZE, NOISE_SIZE, noisescale * 0.01F);
     tex_upload(GL_TEXTURE_2D, 1, NOISE_SIZE, NOISE_SIZE, bytes);
     std::free(bytes);

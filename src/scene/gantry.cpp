@@ -2,10 +2,12 @@
 
 #include "gfx/gl/shaderprocs.h"
 #include "gfx/textures.h"
+#include "model/drawsphere.h"
 #include "model/mazegame.h"
 #include "scene/colours.h"
 #include "scene/gantryparts.h"
 #include "scene/gantryreach.h"
+#include "scene/gantryrows.h"
 #include "scene/impostors.h"
 #include "scene/lighting.h"
 #include "scene/lists.h"
@@ -130,12 +132,16 @@ static bool isplace(const f64 pos[3])
            std::isfinite(static_cast<f32>(pos[2]));
 }
 
-static void emitplate(const GantryPlate* plate, void* /*to*/)
+// `to` is null in a batch that is open.
+static void emitplate(const GantryPlate* plate, void* to)
 {
     for (i32 i = plate->ncorners - 1; i >= 0; i--) {
         if (!isplace(plate->corners[i].pos)) {
             return;
         }
+    }
+    if (to != nullptr) {
+        ListOnce_part(static_cast<ListOnce*>(to), plate->ncorners == 4 ? GL_QUADS : GL_TRIANGLES);
     }
     setcolour(plate->colour);
     glNormal3f(static_cast<f32>(plate->normal[0]), static_cast<f32>(plate->normal[1]),
@@ -162,10 +168,10 @@ static void emitball(const GantryBall* ball, void* /*to*/)
 void gantry_walkways(Maze* maze)
 {
     glBegin(GL_QUADS);
-    gantry_eachwalkway(maze, emitplate, nullptr);
+    gantry_eachwalkway(maze, nullptr, emitplate, nullptr);
     glEnd();
     glBegin(GL_TRIANGLES);
-    gantry_eachtriangle(maze, emitplate, nullptr);
+    gantry_eachtriangle(maze, nullptr, emitplate, nullptr);
     glEnd();
 }
 
@@ -206,39 +212,99 @@ static void beginplates(const f64 lamp[3], bool lit, const LightRec* light)
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
-// Calls the lists of a level and of those below it, last node first, without those that can't touch the
-// picture. A walkway's corners stand off from their node by its radius and more where exits are close
-// together, so a level reaches beyond its draw sphere.
-static void calllevels(Maze* maze, const char* name, ListBuilder builder, const ViewRec* view)
+// One of the three kinds of parts.
+struct Layer {
+    const char* list;
+    ListBuilder builder;
+    i32 rows; // the kind of GantryPart that long ways are drawn anew of; -1: none
+};
+
+// Levels that look smaller, in pixels, are drawn anew each frame: bars and balls from their stretches, and
+// the smallest without keeping anything. Of a level with a hundred nodes that is so small next to nothing
+// is painted, while a list of it takes as long to draw as that of any other.
+static const f64 smallpixels = 64.0;
+static const f64 speckpixels = 2.0;
+
+static void drawspeck(Maze* maze, const Layer* layer, const Sight* sight, ListOnce* once)
 {
-    if (!gantry_everylevel && gantry_outofview(maze, view)) {
+    if (layer->rows >= 0) {
+        gantry_speck(maze, static_cast<GantryPart>(layer->rows), sight, once);
         return;
     }
-    const ListView from = {.view = gantry_everylevel ? nullptr : view,
-                           .reach = gantry_everylevel ? 0.0 : gantry_reach(maze)};
-    Maze_calllist(maze, name, builder, false, &from);
+    const GantryFilter filter = {.sight = sight, .reach = gantry_extent(maze)->reach};
+    gantry_eachwalkway(maze, &filter, emitplate, once);
+    gantry_eachtriangle(maze, &filter, emitplate, once);
+}
+
+// The parts of one level.
+static void drawlevel(Maze* maze, const Layer* layer, const Sight* sight, ListOnce* once)
+{
+    if (sight == nullptr) {
+        Maze_calllist(maze, layer->list, layer->builder, false, nullptr);
+        return;
+    }
+    const f64 reach = gantry_extent(maze)->reach;
+    if (Maze_unpainted(maze, sight, reach)) {
+        return;
+    }
+    f64 centre[3];
+    f64 radius;
+    Maze_drawsphere(maze, centre, &radius);
+    const f64 pixels = Sight_pixels(sight, centre, radius + reach);
+    if (pixels < speckpixels) {
+        drawspeck(maze, layer, sight, once);
+    } else if (layer->rows >= 0 && (pixels < smallpixels || gantry_haslongway(maze))) {
+        gantry_rows(maze, static_cast<GantryPart>(layer->rows), sight, once);
+    } else {
+        ListOnce_draw(once);
+        Maze_calllist(maze, layer->list, layer->builder, false, nullptr);
+    }
+}
+
+// Draws the parts of a level and of those below it, last node first, without what can't touch the
+// picture. A walkway's corners stand off from their node by its radius and more where exits are close
+// together, so a level reaches beyond its draw sphere. With no sight all is drawn.
+static void drawlevels(Maze* maze, const Layer* layer, const Sight* sight, ListOnce* once)
+{
+    if (sight != nullptr && gantry_outofview(maze, sight)) {
+        return;
+    }
+    drawlevel(maze, layer, sight, once);
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         Maze* const sub = Maze_node(maze, n)->sub;
         if (sub != nullptr) {
-            calllevels(sub, name, builder, view);
+            drawlevels(sub, layer, sight, once);
         }
     }
+}
+
+static void drawlayer(Maze* root, const Layer* layer, const Sight* sight)
+{
+    ListOnce once = {};
+    drawlevels(root, layer, sight, &once);
+    ListOnce_draw(&once);
 }
 
 void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
 {
     maketextures();
+    static const Layer plates = {"gantrylist", gantry_walkways, -1};
+    static const Layer bars = {"gantrylist_railings", gantry_railings, GANTRY_BARS};
+    static const Layer balls = {"gantrylist_railballs", gantry_railballs, GANTRY_BALLS};
+    Sight whole;
+    Sight_make(&whole, &game->view);
+    const Sight* const sight = gantry_everylevel ? nullptr : &whole;
     f64 lamp[3];
     MazeGame_viewpos(lamp, game);
     lamp[2] += 1.0; // above the walker
     beginplates(lamp, lit, light);
-    calllevels(root, "gantrylist", gantry_walkways, &game->view);
+    drawlayer(root, &plates, sight);
     program_use(0);
     glDisable(GL_BLEND);
     begin(cylinder_program(), lamp, lit, light);
-    calllevels(root, "gantrylist_railings", gantry_railings, &game->view);
+    drawlayer(root, &bars, sight);
     program_use(0);
     begin(sphere_program(), lamp, lit, light);
-    calllevels(root, "gantrylist_railballs", gantry_railballs, &game->view);
+    drawlayer(root, &balls, sight);
     program_use(0);
 }

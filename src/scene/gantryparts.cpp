@@ -5,6 +5,7 @@
 #include "model/pos.h"
 #include "scene/colours.h"
 #include "scene/exits.h"
+#include "scene/gantrystretch.h"
 
 #include <cmath>
 #include <cstring>
@@ -20,6 +21,10 @@ struct Junction {
     u32 colour;
     Pos exits[POS_MAXEDGES];
     VisitRec visits[POS_MAXEDGES];
+    u32 seen;                        // bits of exits of whose ways something may be painted
+    bool cornersseen;                // the same of its own parts
+    EdgeAngleRec own[POS_MAXEDGES];  // where there is no table
+    EdgeAngleRec back[POS_MAXEDGES]; // of the last way's other end
 };
 
 // An exit that counts, from P to Q.
@@ -42,6 +47,7 @@ template <typename Take> struct Sink {
     void* to;
 };
 using PlateSink = Sink<GantryTakePlate>;
+using StretchSink = Sink<GantryTakeStretch>;
 using BarSink = Sink<GantryTakeBar>;
 using BallSink = Sink<GantryTakeBall>;
 
@@ -52,13 +58,16 @@ static void addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k)
     out[2] = a[2] + b[2] * k;
 }
 
-static const EdgeAngleRec* anglerecs(Maze* maze, i32 node)
+// From the level's table, or computed at `room`.
+static const EdgeAngleRec* anglerecs(Pos pos, EdgeAngleRec room[POS_MAXEDGES])
 {
-    const EdgeAngleRec* table = static_cast<EdgeAngleRec*>(Maze_attachment(maze, "EdgeAngleRecs"));
-    if (table == nullptr) {
-        table = Maze_edgeanglerecs(maze);
+    const EdgeAngleRec* const table =
+        static_cast<EdgeAngleRec*>(Maze_attachment(pos.maze, "EdgeAngleRecs"));
+    if (table != nullptr) {
+        return table + static_cast<size_t>(pos.node) * POS_MAXEDGES;
     }
-    return table + static_cast<size_t>(node) * POS_MAXEDGES;
+    Pos_edgeanglerecs(pos, room);
+    return room;
 }
 
 static bool isflat(const EdgeAngleRec* rec)
@@ -66,8 +75,27 @@ static bool isflat(const EdgeAngleRec* rec)
     return rec->angle < EDGEANGLE_STEEP;
 }
 
-// False for a node that makes nothing, since its submaze stands in its place.
-static bool getjunction(Junction* out, Maze* maze, i32 n)
+// Marks what of a junction may be painted.
+static void setseen(Junction* out, const GantryFilter* filter)
+{
+    out->cornersseen = true;
+    out->seen = ~0U;
+    if (filter == nullptr || filter->sight == nullptr) {
+        return;
+    }
+    f64 ends[2][3];
+    std::memcpy(ends[0], out->node->pos, sizeof ends[0]);
+    out->cornersseen = !Sight_unpainted(filter->sight, ends, 1, filter->reach);
+    for (i32 i = out->nexits - 1; i >= 0; i--) {
+        std::memcpy(ends[1], Pos_node(out->exits[i])->pos, sizeof ends[1]);
+        if (Sight_unpainted(filter->sight, ends, 2, filter->reach)) {
+            out->seen &= ~(1U << i);
+        }
+    }
+}
+
+// False for a node that makes nothing, since its submaze stands in its place, or nothing that is seen.
+static bool getjunction(Junction* out, Maze* maze, const GantryFilter* filter, i32 n)
 {
     out->maze = maze;
     out->n = n;
@@ -75,8 +103,15 @@ static bool getjunction(Junction* out, Maze* maze, i32 n)
     if (out->node->sub != nullptr) {
         return false;
     }
-    out->recs = anglerecs(maze, n);
     out->nexits = Pos_alledges({maze, n}, out->exits, out->visits);
+    setseen(out, filter);
+    if (!out->cornersseen && (out->seen & ((1U << out->nexits) - 1)) == 0) {
+        return false;
+    }
+    if (filter == nullptr && Maze_attachment(maze, "EdgeAngleRecs") == nullptr) {
+        Maze_edgeanglerecs(maze);
+    }
+    out->recs = anglerecs({maze, n}, out->own);
     out->nflat = 0;
     for (i32 i = out->nexits - 1; i >= 0; i--) {
         out->nflat += isflat(&out->recs[i]) ? 1 : 0;
@@ -95,19 +130,19 @@ static bool isagain(const Junction* junction, Pos target)
     return target.maze->parent == maze->parent && target.maze->parentnode < maze->parentnode;
 }
 
-// False for an exit that doesn't count.
-static bool getway(Way* out, const Junction* junction, i32 i)
+// False for an exit that doesn't count, or that isn't seen. The way is good until the next one is got.
+static bool getway(Way* out, Junction* junction, i32 i)
 {
     const Pos target = junction->exits[i];
     const Maze* const maze = junction->maze;
-    if (!exits_drawn(maze, target.maze)) {
+    if ((junction->seen & 1U << i) == 0 || !exits_drawn(maze, target.maze)) {
         return false;
     }
     const MazeNode* const node = junction->node;
     const MazeNode* const other = Pos_node(target);
     out->rec = &junction->recs[i];
     const i32 backexit = out->rec->backexit;
-    out->back = backexit >= 0 ? anglerecs(target.maze, target.node) + backexit : nullptr;
+    out->back = backexit >= 0 ? anglerecs(target, junction->back) + backexit : nullptr;
     out->p = node->pos;
     out->q = other->pos;
     out->radius = node->radius;
@@ -217,13 +252,13 @@ static void makewalkway(const Way* way, const PlateSink* sink)
     sink->take(&plate, sink->to);
 }
 
-void gantry_eachwalkway(Maze* maze, GantryTakePlate take, void* to)
+void gantry_eachwalkway(Maze* maze, const GantryFilter* filter, GantryTakePlate take, void* to)
 {
     const PlateSink sink = {take, to};
     Junction junction;
     Way way;
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (!getjunction(&junction, maze, n)) {
+        if (!getjunction(&junction, maze, filter, n)) {
             continue;
         }
         for (i32 i = junction.nexits - 1; i >= 0; i--) {
@@ -248,13 +283,14 @@ static void maketriangle(const Junction* junction, const EdgeAngleRec* rec, cons
     sink->take(&plate, sink->to);
 }
 
-void gantry_eachtriangle(Maze* maze, GantryTakePlate take, void* to)
+void gantry_eachtriangle(Maze* maze, const GantryFilter* filter, GantryTakePlate take, void* to)
 {
     const PlateSink sink = {take, to};
     Junction junction;
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         // two plates meet on a mitre, and a single one has a cap
-        if (!getjunction(&junction, maze, n) || junction.nflat <= 2) {
+        if (!getjunction(&junction, maze, filter, n) || junction.nflat <= 2 ||
+            !junction.cornersseen) {
             continue;
         }
         for (i32 i = junction.nexits - 1; i >= 0; i--) {
@@ -265,47 +301,7 @@ void gantry_eachtriangle(Maze* maze, GantryTakePlate take, void* to)
     }
 }
 
-// -------- the sides of a walkway
-
-// One side, from `a` at P to `b` at Q; `first` and `last` are their distances along the edge.
-struct Side {
-    f64 a[3];
-    f64 b[3];
-    f64 first;
-    f64 last;
-};
-
-// The right-hand side, which comes first, and the left-hand one.
-static void getsides(Side sides[2], const Way* way)
-{
-    const EdgeAngleRec* const rec = way->rec;
-    const EdgeAngleRec* const back = way->back;
-    addscaled(sides[0].a, way->p, rec->prevcorner, 1.0);
-    addscaled(sides[0].b, way->q, back->corner, 1.0);
-    sides[0].first = rec->prevcornerdist;
-    sides[0].last = way->length - back->cornerdist;
-    addscaled(sides[1].a, way->p, rec->corner, 1.0);
-    addscaled(sides[1].b, way->q, back->prevcorner, 1.0);
-    sides[1].first = rec->cornerdist;
-    sides[1].last = way->length - back->prevcornerdist;
-}
-
-// The foot of a post at distance `s` along the edge. A side that a corner has cut down to nothing has
-// its posts in one place.
-static void postfoot(f64 out[3], const Side* side, f64 s)
-{
-    const f64 span = side->last - side->first;
-    const f64 weight = span != 0.0 ? (s - side->first) / span : 0.0;
-    f64 along[3];
-    vec3_sub(along, side->b, side->a);
-    addscaled(out, side->a, along, weight);
-}
-
-// Spans between the posts of an edge; they are about 5 long.
-static i32 spancount(const Way* way)
-{
-    return partcount(0.2 * way->length + 0.5);
-}
+// -------- stretches
 
 // Across a ladder, level, of length 1.
 static void ladderside(f64 out[3], const f64 d[3])
@@ -317,208 +313,114 @@ static void ladderside(f64 out[3], const f64 d[3])
     }
 }
 
-// -------- bars
-
-static const f64 upright[3] = {0.0, 0.0, GANTRY_HEIGHT};
-static const i32 levels = 2; // of bars, one above the other
-
-static void makebar(const BarSink* sink, u32 colour, const f64 start[3], const f64 axis[3],
-                    f64 radius)
+static void makeladder(const Way* way, const StretchSink* sink)
 {
-    GantryBar bar = {};
-    bar.colour = colour;
-    bar.radius = radius;
-    std::memcpy(bar.start, start, sizeof bar.start);
-    std::memcpy(bar.axis, axis, sizeof bar.axis);
-    sink->take(&bar, sink->to);
-}
-
-static void makepost(const BarSink* sink, u32 colour, const f64 foot[3])
-{
-    makebar(sink, colour, foot, upright, GANTRY_BARRADIUS);
-}
-
-// The bar from over `a` to over `b`, at one of the levels.
-static void makerail(const BarSink* sink, u32 colour, const f64 a[3], const f64 b[3], i32 level)
-{
-    f64 start[3];
-    f64 axis[3];
-    addscaled(start, a, upright, static_cast<f64>(level + 1) / levels);
-    vec3_sub(axis, b, a);
-    makebar(sink, colour, start, axis, GANTRY_BARRADIUS);
-}
-
-static void makeladder(const Way* way, const BarSink* sink)
-{
+    GantryStretch out = {};
+    out.kind = GANTRY_LADDER;
+    out.colour = way->colour;
+    out.length = way->length;
+    out.parts = partcount(way->length * 3.3333333333333335 + 0.5);
     f64 u[3];
-    f64 left[3];
-    f64 right[3];
     ladderside(u, way->d);
-    addscaled(left, way->p, u, -GANTRY_HALFLADDER);
-    addscaled(right, way->p, u, GANTRY_HALFLADDER);
-    makebar(sink, way->colour, left, way->d, GANTRY_BARRADIUS);
-    makebar(sink, way->colour, right, way->d, GANTRY_BARRADIUS);
-    const f64 nothing[3] = {0.0, 0.0, 0.0};
-    f64 across[3];
-    addscaled(across, nothing, u, 2 * GANTRY_HALFLADDER);
-    const i32 n = partcount(way->length * 3.3333333333333335 + 0.5);
-    for (i32 i = 0; i < n; i++) { // upward from P
-        f64 start[3];
-        addscaled(start, left, way->d, (i + 0.5) / n);
-        makebar(sink, way->colour, start, across, GANTRY_RUNGRADIUS);
+    for (i32 side = 1; side >= 0; side--) { // left and right
+        const f64 offset = side == 0 ? -GANTRY_HALFLADDER : GANTRY_HALFLADDER;
+        addscaled(out.start[side], way->p, u, offset);
+        addscaled(out.end[side], way->q, u, offset);
     }
+    addscaled(out.across, out.across, u, 2 * GANTRY_HALFLADDER);
+    sink->take(&out, sink->to);
 }
 
-static void makerailing(const Way* way, const BarSink* sink)
+static void makerailing(const Way* way, const StretchSink* sink)
 {
-    Side sides[2];
-    getsides(sides, way);
-    for (i32 level = 0; level < levels; level++) { // the lower bars first
-        makerail(sink, way->colour, sides[0].a, sides[0].b, level);
-        makerail(sink, way->colour, sides[1].a, sides[1].b, level);
-    }
-    const i32 n = spancount(way);
-    for (i32 i = 1; i < n; i++) { // away from P
-        for (const Side& side : sides) {
-            f64 foot[3];
-            postfoot(foot, &side, i * way->length / n);
-            makepost(sink, way->colour, foot);
-        }
-    }
+    const EdgeAngleRec* const rec = way->rec;
+    const EdgeAngleRec* const back = way->back;
+    GantryStretch out = {};
+    out.kind = GANTRY_WALKWAY;
+    out.colour = way->colour;
+    out.length = way->length;
+    out.parts = partcount(0.2 * way->length + 0.5); // spans are about 5 long
+    addscaled(out.start[0], way->p, rec->prevcorner, 1.0);
+    addscaled(out.end[0], way->q, back->corner, 1.0);
+    out.first[0] = rec->prevcornerdist;
+    out.last[0] = way->length - back->cornerdist;
+    addscaled(out.start[1], way->p, rec->corner, 1.0);
+    addscaled(out.end[1], way->q, back->prevcorner, 1.0);
+    out.first[1] = rec->cornerdist;
+    out.last[1] = way->length - back->prevcornerdist;
+    sink->take(&out, sink->to);
 }
 
-// The end of a walkway: a post at each corner and bars between them.
-static void makeend(const Junction* junction, const EdgeAngleRec* rec, const BarSink* sink)
+static void makeways(Junction* junction, const StretchSink* sink)
 {
-    f64 left[3];
-    f64 right[3];
-    addscaled(left, junction->node->pos, rec->corner, 1.0);
-    addscaled(right, junction->node->pos, rec->prevcorner, 1.0);
-    makepost(sink, junction->colour, left);
-    for (i32 level = 0; level < levels; level++) { // the lower bar first
-        makerail(sink, junction->colour, left, right, level);
-    }
-    makepost(sink, junction->colour, right);
-}
-
-static void makecornerposts(const Junction* junction, const BarSink* sink)
-{
+    Way way;
     for (i32 i = junction->nexits - 1; i >= 0; i--) {
-        const EdgeAngleRec* const rec = &junction->recs[i];
-        if (!isflat(rec)) {
+        if (!getway(&way, junction, i)) {
             continue;
         }
-        if (junction->nflat == 1) {
-            makeend(junction, rec, sink);
-        } else {
-            f64 foot[3];
-            addscaled(foot, junction->node->pos, rec->corner, 1.0);
-            makepost(sink, junction->colour, foot);
+        if (!isflat(way.rec)) {
+            makeladder(&way, sink);
+        } else if (iswalkway(&way)) {
+            makerailing(&way, sink);
         }
     }
+}
+
+// Posts in the corners; where a walkway ends, bars between them.
+static void makecorners(const Junction* junction, const StretchSink* sink)
+{
+    GantryStretch out = {};
+    out.kind = junction->nflat == 1 ? GANTRY_END : GANTRY_POST;
+    out.colour = junction->colour;
+    for (i32 i = junction->cornersseen ? junction->nexits - 1 : -1; i >= 0; i--) {
+        const EdgeAngleRec* const rec = &junction->recs[i];
+        if (isflat(rec)) {
+            addscaled(out.start[0], junction->node->pos, rec->corner, 1.0);
+            addscaled(out.end[0], junction->node->pos, rec->prevcorner, 1.0);
+            sink->take(&out, sink->to);
+        }
+    }
+}
+
+void gantry_eachstretch(Maze* maze, const GantryFilter* filter, bool cornersfirst,
+                        GantryTakeStretch take, void* to)
+{
+    const StretchSink sink = {take, to};
+    Junction junction;
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        if (!getjunction(&junction, maze, filter, n)) {
+            continue;
+        }
+        if (cornersfirst) {
+            makecorners(&junction, &sink);
+        }
+        makeways(&junction, &sink);
+        if (!cornersfirst) {
+            makecorners(&junction, &sink);
+        }
+    }
+}
+
+static void makebars(const GantryStretch* stretch, void* to)
+{
+    const BarSink* const sink = static_cast<BarSink*>(to);
+    gantry_stretchbars(stretch, nullptr, sink->take, sink->to);
 }
 
 void gantry_eachbar(Maze* maze, GantryTakeBar take, void* to)
 {
-    const BarSink sink = {take, to};
-    Junction junction;
-    Way way;
-    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (!getjunction(&junction, maze, n)) {
-            continue;
-        }
-        for (i32 i = junction.nexits - 1; i >= 0; i--) {
-            if (!getway(&way, &junction, i)) {
-                continue;
-            }
-            if (!isflat(way.rec)) {
-                makeladder(&way, &sink);
-            } else if (iswalkway(&way)) {
-                makerailing(&way, &sink);
-            }
-        }
-        makecornerposts(&junction, &sink);
-    }
+    BarSink sink = {take, to};
+    gantry_eachstretch(maze, nullptr, false, makebars, &sink);
 }
 
-// -------- balls
-
-// `offset` times `k` from a place.
-static void makeball(const BallSink* sink, u32 colour, const f64 place[3], const f64 offset[3],
-                     f64 k)
+static void makeballs(const GantryStretch* stretch, void* to)
 {
-    GantryBall ball = {};
-    ball.colour = colour;
-    ball.radius = GANTRY_BALLRADIUS;
-    addscaled(ball.centre, place, offset, k);
-    sink->take(&ball, sink->to);
-}
-
-// On top of a post that stands in a corner.
-static void maketop(const Junction* junction, const f64 corner[3], const BallSink* sink)
-{
-    f64 foot[3];
-    addscaled(foot, junction->node->pos, corner, 1.0);
-    makeball(sink, junction->colour, foot, upright, 1.0);
-}
-
-static void makecornertops(const Junction* junction, const BallSink* sink)
-{
-    for (i32 i = junction->nexits - 1; i >= 0; i--) {
-        const EdgeAngleRec* const rec = &junction->recs[i];
-        if (!isflat(rec)) {
-            continue;
-        }
-        maketop(junction, rec->corner, sink);
-        if (junction->nflat == 1) {
-            maketop(junction, rec->prevcorner, sink);
-        }
-    }
-}
-
-static void makeladderends(const Way* way, const BallSink* sink)
-{
-    f64 u[3];
-    ladderside(u, way->d);
-    makeball(sink, way->colour, way->p, u, -GANTRY_HALFLADDER);
-    makeball(sink, way->colour, way->p, u, GANTRY_HALFLADDER);
-    makeball(sink, way->colour, way->q, u, -GANTRY_HALFLADDER);
-    makeball(sink, way->colour, way->q, u, GANTRY_HALFLADDER);
-}
-
-static void maketops(const Way* way, const BallSink* sink)
-{
-    Side sides[2];
-    getsides(sides, way);
-    const i32 n = spancount(way);
-    for (i32 i = 1; i < n; i++) { // as the posts
-        for (const Side& side : sides) {
-            f64 foot[3];
-            postfoot(foot, &side, i * way->length / n);
-            makeball(sink, way->colour, foot, upright, 1.0);
-        }
-    }
+    const BallSink* const sink = static_cast<BallSink*>(to);
+    gantry_stretchballs(stretch, nullptr, sink->take, sink->to);
 }
 
 void gantry_eachball(Maze* maze, GantryTakeBall take, void* to)
 {
-    const BallSink sink = {take, to};
-    Junction junction;
-    Way way;
-    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (!getjunction(&junction, maze, n)) {
-            continue;
-        }
-        makecornertops(&junction, &sink);
-        for (i32 i = junction.nexits - 1; i >= 0; i--) {
-            if (!getway(&way, &junction, i)) {
-                continue;
-            }
-            if (!isflat(way.rec)) {
-                makeladderends(&way, &sink);
-            } else if (iswalkway(&way)) {
-                maketops(&way, &sink);
-            }
-        }
-    }
+    BallSink sink = {take, to};
+    gantry_eachstretch(maze, nullptr, true, makeballs, &sink);
 }

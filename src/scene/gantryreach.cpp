@@ -4,7 +4,9 @@
 #include "model/attachment.h"
 #include "model/drawsphere.h"
 #include "model/pos.h"
+#include "scene/exits.h"
 #include "scene/gantryparts.h"
+#include "scene/lists.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -50,79 +52,46 @@ static f64 cornerdistance(Pos pos)
     return most * std::fabs(Pos_node(pos)->radius);
 }
 
-// The same of a level's own positions and of those to which its ways lead.
-static f64 computereach(Maze* maze)
+// Of the ways of one position that its level draws.
+static void widen(GantryExtent* extent, Pos pos)
 {
-    f64 most = 0.0;
-    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (Maze_node(maze, n)->sub != nullptr) {
+    extent->reach = std::fmax(extent->reach, cornerdistance(pos) + upward);
+    Pos exits[POS_MAXEDGES];
+    for (i32 i = Pos_alledges(pos, exits, nullptr) - 1; i >= 0; i--) {
+        if (!exits_drawn(pos.maze, exits[i].maze)) {
             continue;
         }
-        Pos exits[POS_MAXEDGES];
-        most = std::fmax(most, cornerdistance({maze, n}));
-        for (i32 i = Pos_alledges({maze, n}, exits, nullptr) - 1; i >= 0; i--) {
-            if (exits[i].maze != maze) {
-                most = std::fmax(most, cornerdistance(exits[i]));
-            }
+        f64 d[3];
+        vec3_sub(d, Pos_node(exits[i])->pos, Pos_node(pos)->pos);
+        extent->longest = std::fmax(extent->longest, vec3_length(d));
+        if (exits[i].maze != pos.maze) {
+            extent->reach = std::fmax(extent->reach, cornerdistance(exits[i]) + upward);
         }
     }
-    return most + upward;
 }
 
-static void freereach(void* data, Maze* /*maze*/)
+static void freeextent(void* data, Maze* /*maze*/)
 {
     std::free(data);
 }
 
-f64 gantry_reach(Maze* maze)
+const GantryExtent* gantry_extent(Maze* maze)
 {
-    const f64* kept = static_cast<f64*>(Maze_attachment(maze, "gantryreach"));
-    if (kept == nullptr) {
-        f64* const made = static_cast<f64*>(std::malloc(sizeof(f64)));
-        *made = computereach(maze);
-        Maze_attach(maze, "gantryreach", made, freereach, ATT_GEOMETRY);
-        kept = made;
+    GantryExtent* extent = static_cast<GantryExtent*>(Maze_attachment(maze, "gantryextent"));
+    if (extent != nullptr) {
+        return extent;
     }
-    return *kept;
-}
-
-// The greatest value that a row of the clip matrix, with another one added by a factor, takes in a sphere.
-static f64 greatest(const f64 row[4], const f64 added[4], f64 factor, const f64 centre[3],
-                    f64 radius)
-{
-    f64 sum[4];
-    for (i32 i = 3; i >= 0; i--) {
-        sum[i] = row[i] + factor * added[i];
-    }
-    return vec3_dot(sum, centre) + sum[3] + radius * vec3_length(sum);
-}
-
-// By the matrix as it is, so that the skewed frustum of a stereo pair is no exception.
-static bool sphereout(const ViewRec* view, const f64 centre[3], f64 radius)
-{
-    const f64* const ahead = view->clip[3]; // the distance before the eye
-    const f64 nearest = -greatest(ahead, ahead, -2.0, centre, radius);
-    if (greatest(ahead, ahead, 0.0, centre, radius) < view->near || nearest > view->far) {
-        return true;
-    }
-    for (i32 i = 1; i >= 0; i--) {
-        if (greatest(ahead, view->clip[i], 1.0, centre, radius) < 0.0 ||
-            greatest(ahead, view->clip[i], -1.0, centre, radius) < 0.0) {
-            return true;
+    extent = static_cast<GantryExtent*>(std::calloc(1, sizeof(GantryExtent)));
+    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
+        if (Maze_node(maze, n)->sub == nullptr) {
+            widen(extent, {maze, n});
         }
     }
-    return false;
+    Maze_attach(maze, "gantryextent", extent, freeextent, ATT_GEOMETRY);
+    return extent;
 }
 
-bool gantry_outofview(Maze* maze, const ViewRec* view)
+bool gantry_outofview(Maze* maze, const Sight* sight)
 {
-    f64 centre[3];
-    f64 radius;
-    Maze_drawsphere(maze, centre, &radius);
-    // no node is larger than the sphere that holds it
-    const f64 reach = (1.0 + widest) * radius + upward;
-    const f64 size = std::fabs(centre[0]) + std::fabs(centre[1]) + std::fabs(centre[2]) +
-                     std::fabs(view->eye[0]) + std::fabs(view->eye[1]) + std::fabs(view->eye[2]);
-    const f64 rounding = 1e-5 * (size + reach);
-    return sphereout(view, centre, reach + rounding);
+    return Maze_unpainted(maze, sight, widest * Maze_drawlargest(maze) + upward);
 }

@@ -3,12 +3,17 @@
 #pragma once
 
 #include "model/maze.h"
-#include "model/viewrec.h"
+#include "scene/sight.h"
 
-/// How far the parts of one level's lists reach beyond its draw sphere (drawsphere.h), in maze units.
-/// Kept as the attachment "gantryreach" with ATT_GEOMETRY; computing it takes time linear in the level's
-/// nodes and no table of exits.
-f64 gantry_reach(Maze* maze);
+struct GantryExtent {
+    f64 reach; // how far the parts of the level stand off from its draw sphere (drawsphere.h), at most
+    f64 longest; // length of the longest way that it draws
+};
 
-/// Whether neither a level nor any below it can touch the picture, judged from its draw sphere alone.
-bool gantry_outofview(Maze* maze, const ViewRec* view);
+/// The extent of one level, lent until its attachment goes: "gantryextent" with ATT_GEOMETRY. Computing it
+/// takes time linear in the level's nodes and no table of exits.
+const GantryExtent* gantry_extent(Maze* maze);
+
+/// Whether nothing is painted of a level and of all below it, judged from its draw sphere and the largest
+/// node in it alone: no extent is computed.
+bool gantry_outofview(Maze* maze, const Sight* sight);

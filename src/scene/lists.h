@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/attachment.h"
-#include "model/viewrec.h"
+#include "scene/sight.h"
 
 /// Two list names that go together.
 struct ListPair {
@@ -31,12 +31,31 @@ struct ListView {
     f64 reach;           // how far the style draws beyond the draw sphere of a level, world units
 };
 
+/// Whether nothing is painted of a level and of those below it, where the style draws no further than
+/// `reach` beyond their draw spheres.
+bool Maze_unpainted(Maze* maze, const Sight* sight, f64 reach);
+
 /// Calls the list that a level keeps as the attachment `name` (flags 3), building it if it is missing,
 /// and, if `recursive`, those of all levels below, last node first.
 ///
-/// A level whose draw sphere, wider by `reach`, is outside the four sides of the view or outside the
-/// depth slice, or lies between the middles of two rows or columns of pixels, is left out with all below
-/// it, and its list isn't built: it paints nothing. Nothing else is left out for being small. Lists are
-/// built between the calls of others, in the program that is current.
+/// A level of whose draw sphere, wider by `reach`, nothing is painted (sight.h) is left out with all below
+/// it, and its list isn't built. Lists are built between the calls of others, in the program that is
+/// current.
 void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
                    const ListView* from);
+
+/// What is drawn once, through lists that live no longer. Drivers may cut quads in another way where they
+/// are drawn vertex by vertex, and round otherwise: in this way all looks the same, to the last bit, as from
+/// a list that is kept. Starts as {}.
+struct ListOnce {
+    u32 list;  // being compiled; 0: none
+    i32 kind;  // of the open primitives, less than 0: none is open
+    i32 parts; // since it was opened
+};
+
+/// Makes ready for the vertices of one part, of primitives of a kind of glBegin. From here to ListOnce_draw
+/// nothing but vertices and what they need may be sent.
+void ListOnce_part(ListOnce* once, u32 kind);
+
+/// Draws what has come since the last call, if anything.
+void ListOnce_draw(ListOnce* once);

@@ -2,7 +2,6 @@
 
 #include "gfx/textures.h"
 #include "model/mazegame.h"
-#include "scene/anisotropy.h"
 #include "scene/lighting.h"
 #include "scene/skymap.h"
 #include "scene/view.h"
@@ -133,7 +132,7 @@ static GLuint makecubemap()
     tex_make_mipmaps(GL_TEXTURE_CUBE_MAP);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    anisotropy_set(GL_TEXTURE_CUBE_MAP);
+    tex_set_anisotropy(GL_TEXTURE_CUBE_MAP);
     return name;
 }
 

@@ -7,6 +7,6 @@ static Driver driver;
 
 int main()
 {
-    platform_use(&platform_sdl);
+    platform_use(platform_desktop);
     return driver_run(&driver);
 }

@@ -244,10 +244,12 @@ static void storestereo(Driver* driver)
 // driver_stop had not begun to. The user is told why the run is over.
 static void savelast(bool whole)
 {
-    const bool lost = platform->displaylost();
-    report_notice("Corvane", 0,
-                  lost ? "The connection to the display is lost, so Corvane ends."
-                       : "Corvane is ended by a library that it uses.");
+    const char* const reason = platform->ended();
+    char text[200] = "Corvane is ended by a library that it uses.";
+    if (reason != nullptr) {
+        std::snprintf(text, sizeof text, "%s, so Corvane ends.", reason);
+    }
+    report_notice("Corvane", 0, text);
     if (!game_done && !whole) {
         tellsaved(false, "The game is", "in maze_save.dat",
                   "The end came while the world was being changed");

@@ -4,6 +4,7 @@
 #include "text/nodefont.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // Counts the allocations of the program's own code, those inside calls of OpenGL left out. Link
-// alloc_count.cpp and gl_count.cpp.
+// alloc_count_posix.cpp or alloc_count_win32.cpp, and gl_count.cpp.
 #pragma once
 
 #include "tests/fakes/gl_count.h"

@@ -1,6 +1,6 @@
 #include "tests/fakes/gl_count.h"
 
-#include <dlfcn.h>
+#include "tests/system.h"
 
 static void note(f32* to, f32 x, f32 y, f32 z, f32 w)
 {
@@ -22,7 +22,7 @@ static void notevertex(f32 x, f32 y, f32 z, f32 w)
 static GLenum takeerror()
 {
     static const auto next =
-        reinterpret_cast<decltype(&glGetError)>(dlsym(RTLD_NEXT, "glGetError"));
+        reinterpret_cast<decltype(&glGetError)>(system_libraryroutine("glGetError"));
     return gl_count.forward ? next() : static_cast<GLenum>(GL_NO_ERROR);
 }
 
@@ -38,7 +38,7 @@ static f32 single(f64 x)
     extern "C" __attribute__((weak)) result name parameters                                        \
     {                                                                                              \
         using Routine = decltype(&name);                                                           \
-        static const Routine next = reinterpret_cast<Routine>(dlsym(RTLD_NEXT, #name));            \
+        static const Routine next = reinterpret_cast<Routine>(system_libraryroutine(#name));       \
         const GlCall call(#name);                                                                  \
         (void)counted_##name;                                                                      \
         before;                                                                                    \

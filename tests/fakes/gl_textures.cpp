@@ -1,11 +1,11 @@
 #include "tests/fakes/gl_textures.h"
 
-#include <dlfcn.h>
+#include "tests/system.h"
 
 // The library's own routine of a name.
 template <typename Routine> static Routine next(const char* name)
 {
-    return reinterpret_cast<Routine>(dlsym(RTLD_NEXT, name));
+    return reinterpret_cast<Routine>(system_libraryroutine(name));
 }
 
 extern "C" void glGenTextures(GLsizei n, GLuint* names)
@@ -62,4 +62,13 @@ extern "C" void glGetIntegerv(GLenum what, GLint* out)
     if (what == GL_MAX_TEXTURE_SIZE && gl_textures.limit > 0) {
         *out = gl_textures.limit;
     }
+}
+
+extern "C" const GLubyte* glGetString(GLenum what)
+{
+    static const auto call = next<decltype(&glGetString)>("glGetString");
+    if (what == GL_RENDERER && gl_textures.renderer != nullptr) {
+        return reinterpret_cast<const GLubyte*>(gl_textures.renderer);
+    }
+    return call(what);
 }

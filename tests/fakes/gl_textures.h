@@ -19,10 +19,11 @@ struct GlCopy { // of one glCopyTexImage2D
 struct GlTextures {
     std::set<GLuint> living;
     std::vector<GlCopy> copies;
-    std::vector<f32> coordinates; // of glTexCoord2f, in pairs
-    i32 parts = 0;                // calls of glCopyTexSubImage2D
-    GLint limit = 0;              // what GL_MAX_TEXTURE_SIZE tells; 0: the driver's own
-    i32 refusals = 0;             // how many glCopyTexImage2D to come make nothing
+    std::vector<f32> coordinates;   // of glTexCoord2f, in pairs
+    i32 parts = 0;                  // calls of glCopyTexSubImage2D
+    GLint limit = 0;                // what GL_MAX_TEXTURE_SIZE tells; 0: the driver's own
+    i32 refusals = 0;               // how many glCopyTexImage2D to come make nothing
+    const char* renderer = nullptr; // what GL_RENDERER tells; null: the driver's own
 
     void forget() // all but the textures that live
     {
@@ -31,6 +32,7 @@ struct GlTextures {
         parts = 0;
         limit = 0;
         refusals = 0;
+        renderer = nullptr;
     }
 };
 inline GlTextures gl_textures;

@@ -229,7 +229,7 @@ TEST(offscreen_begin, can_be_called_many_times)
     EXPECT_EQ(pixel(5, 5), painted);
 }
 
-// In processes of their own: a driver without the extension, and one that lacks a routine.
+// In a process of its own: a driver that lacks a routine.
 static void tell_way()
 {
     i32 bottom = -1;
@@ -238,15 +238,6 @@ static void tell_way()
                  glGetError());
     offscreen_end();
     std::exit(0);
-}
-
-static void draw_without_extension()
-{
-    setenv("MESA_EXTENSION_OVERRIDE", "-GL_ARB_framebuffer_object", 1);
-    scripted_begin();
-    windowed = true;
-    gfx_open(64, 48, "test");
-    tell_way();
 }
 
 static void* lack_renderbuffers(const char* name)
@@ -263,13 +254,6 @@ static void draw_without_routine()
     gfx_open(64, 48, "test");
     platform_use(&lacking);
     tell_way();
-}
-
-TEST(offscreen_begin, takes_the_back_buffer_without_the_extension)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(draw_without_extension(), testing::ExitedWithCode(0),
-                "framebuffers 0 bottom 38 error 0");
 }
 
 TEST(offscreen_begin, takes_the_back_buffer_where_a_routine_is_missing)

@@ -151,25 +151,25 @@ static void expect_modes_right()
     }
 }
 
-struct Shape {
+struct SplitShape {
     i32 width, height;
 };
 
 TEST(stereo_textures, are_replaced_and_not_added_when_the_window_crosses_a_power_of_two)
 {
-    const Shape shapes[] = {{64, 64},  {65, 64},   {64, 65},   {128, 128}, {129, 127},
-                            {300, 20}, {512, 512}, {1, 300},   {300, 256}, {255, 257},
-                            {33, 31},  {2, 2},     {640, 480}, {63, 64}};
+    const SplitShape shapes[] = {{64, 64},  {65, 64},   {64, 65},   {128, 128}, {129, 127},
+                                 {300, 20}, {512, 512}, {1, 300},   {300, 256}, {255, 257},
+                                 {33, 31},  {2, 2},     {640, 480}, {63, 64}};
     begin_anew();
     scripted_begin();
     i32 frame = 1;
-    for (const Shape& shape : shapes) {
+    for (const SplitShape& shape : shapes) {
         scripted_add(
             {.frame = frame++, .kind = SCRIPT_RESIZE, .a = shape.width, .b = shape.height});
     }
     const StereoWindow window(100, 100, paint_eyes);
     const size_t others = draw_all_modes() - 3;
-    for (const Shape& shape : shapes) {
+    for (const SplitShape& shape : shapes) {
         SCOPED_TRACE(testing::PrintToString(shape.width) + "x" +
                      testing::PrintToString(shape.height));
         gfx_pump();

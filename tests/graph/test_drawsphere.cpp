@@ -1,3 +1,4 @@
+#include "model/attachment.h"
 #include "model/drawsphere.h"
 #include "model/viewrec.h"
 #include "tests/mazes.h"
@@ -57,6 +58,7 @@ static f64 worst(Maze* maze)
     f64 shortage = -std::numeric_limits<f64>::infinity();
     for (const MazeNode* const node : balls) {
         shortage = std::max(shortage, shortby(sphere, node));
+        shortage = std::max(shortage, node->radius - Maze_drawlargest(maze));
     }
     return shortage;
 }
@@ -338,6 +340,26 @@ TEST(Maze_drawsphere, too_large_for_its_numbers_is_never_left_out)
         const Sphere sphere = sphereof(level);
         EXPECT_EQ(0, ViewRec_sphereout(&view, sphere.centre, sphere.radius, view.pixelsize));
     }
+}
+
+TEST(Maze_drawlargest, is_the_radius_of_the_largest_node_of_all_levels)
+{
+    Maze* const maze = Maze_new();
+    EXPECT_EQ(Maze_drawlargest(maze), 0.0);
+    MazeNode node = MazeNode_fresh(0, 0, 0, 2);
+    Maze_addnode(maze, &node);
+    node.radius = 9; // a submaze stands in its place
+    Maze_addnode(maze, &node);
+    Maze* const sub = Maze_new();
+    sub->parent = maze;
+    sub->parentnode = 1;
+    Maze_node(maze, 1)->sub = sub;
+    node.radius = -3;
+    Maze_addnode(sub, &node);
+    Maze_freeflags(maze, ATT_GEOMETRY, false);
+    EXPECT_EQ(Maze_drawlargest(sub), 3.0);
+    EXPECT_EQ(Maze_drawlargest(maze), 3.0);
+    Maze_free(maze, true);
 }
 
 TEST(Maze_drawsphere, takes_a_negative_radius_by_its_size)

@@ -777,15 +777,6 @@ TEST_F(Maze_dump_to_a_file, returns_the_last_error_of_its_own_level)
     sub->parentnode = 0;
 }
 
-TEST(Maze_dump, says_that_the_file_cant_be_written)
-{
-    const World maze(make_nodes(1));
-    EXPECT_EQ(-1, Maze_dump(maze.get(), "/dev/full", "x", MAZE_DUMP_ALL));
-    const World nest(make_nodes(1));
-    hang(nest.get(), 0, make_nodes(1));
-    EXPECT_EQ(-1, Maze_dump(nest.get(), "/dev/full", "x", MAZE_DUMP_ALL));
-}
-
 TEST(Maze_dump, says_that_the_file_cant_be_opened)
 {
     const World maze(make_nodes(1));

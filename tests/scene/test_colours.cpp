@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 // A maze whose node 0 has `ports` edges and holds a submaze.
-struct Nest {
+struct DyedNest {
     Maze* root = Maze_new();
     Maze* sub;
 
-    explicit Nest(i32 ports)
+    explicit DyedNest(i32 ports)
     {
         add_node(root, 0, 0, 0, 0.5);
         for (i32 i = 1; i <= ports; i++) {
@@ -21,51 +21,51 @@ struct Nest {
             add_node(sub, 0, i, 0, 0.1);
         }
     }
-    ~Nest()
+    ~DyedNest()
     {
         Maze_free(root, true);
     }
-    Nest(const Nest&) = delete;
-    Nest& operator=(const Nest&) = delete;
+    DyedNest(const DyedNest&) = delete;
+    DyedNest& operator=(const DyedNest&) = delete;
 };
 
 TEST(exit_colour, leaves_the_root_as_it_is)
 {
-    Nest nest(3);
+    DyedNest nest(3);
     nest.root->exitsused = 1;
     EXPECT_EQ(exit_colour(nest.root, 0x123456), 0x123456U);
 }
 
 TEST(exit_colour, leaves_a_maze_of_which_no_exit_has_been_used)
 {
-    const Nest nest(3);
+    const DyedNest nest(3);
     EXPECT_EQ(exit_colour(nest.sub, 0x123456), 0x123456U);
 }
 
 TEST(exit_colour, tells_one_used_exit)
 {
-    const Nest nest(3);
+    const DyedNest nest(3);
     nest.sub->exitsused = 4;
     EXPECT_EQ(exit_colour(nest.sub, 0x123456), 0xC0A040U);
 }
 
 TEST(exit_colour, tells_several_used_exits)
 {
-    const Nest nest(3);
+    const DyedNest nest(3);
     nest.sub->exitsused = 5;
     EXPECT_EQ(exit_colour(nest.sub, 0x123456), 0x80C040U);
 }
 
 TEST(exit_colour, tells_that_all_exits_have_been_used)
 {
-    const Nest nest(3);
+    const DyedNest nest(3);
     nest.sub->exitsused = 7;
     EXPECT_EQ(exit_colour(nest.sub, 0x123456), 0x408040U);
 }
 
 TEST(exit_colour, is_dark_green_for_the_one_exit_of_a_dead_end)
 {
-    const Nest nest(1);
+    const DyedNest nest(1);
     nest.sub->exitsused = 1;
     EXPECT_EQ(exit_colour(nest.sub, 0x123456), 0x408040U);
 }
@@ -210,7 +210,7 @@ TEST(rec_colour, takes_the_time_0_without_a_game)
 
 TEST(rec_colour, is_the_exit_colour_inside_a_level_of_which_an_exit_has_been_used)
 {
-    const Nest nest(3);
+    const DyedNest nest(3);
     nest.sub->exitsused = 1;
     const VisitRec rec = visited(0x123456, -1, -1);
     EXPECT_EQ(rec_colour(&rec, {nest.sub, 0}, Pos_null, nullptr), 0xC0A040U);
@@ -219,7 +219,7 @@ TEST(rec_colour, is_the_exit_colour_inside_a_level_of_which_an_exit_has_been_use
 
 TEST(rec_colour, is_the_records_own_for_an_edge_that_leaves_the_level)
 {
-    const Nest nest(3);
+    const DyedNest nest(3);
     nest.sub->exitsused = 1;
     const VisitRec rec = visited(0x123456, -1, -1);
     EXPECT_EQ(rec_colour(&rec, {nest.sub, 0}, {nest.sub->parent, 0}, nullptr), 0x123456U);

@@ -561,13 +561,36 @@ TEST(gantry_ladder, takes_no_part_in_the_corners_of_the_flat_exits_beside_it)
     EXPECT_EQ(posts_of(level.maze).size(), 6U);
 }
 
+// The parts that the stretches of a level are cut into, by the longest.
+static i32 most_parts(Maze* maze)
+{
+    i32 most = 0;
+    gantry_eachstretch(
+        maze, nullptr, false,
+        [](const GantryStretch* stretch, void* to) {
+            i32* const n = static_cast<i32*>(to);
+            *n = std::max(*n, stretch->parts);
+        },
+        &most);
+    return most;
+}
+
 TEST(gantry_ladder, of_endless_length_has_a_bounded_number_of_rungs)
 {
     const Level level = pair(0, 0, 1e12);
-    i32 n = 0;
-    gantry_eachbar(
-        level.maze, [](const GantryBar*, void* to) { (*static_cast<i32*>(to))++; }, &n);
-    EXPECT_EQ(n, 2 * (2 + GANTRY_MAXPARTS));
+    EXPECT_EQ(most_parts(level.maze), GANTRY_MAXPARTS);
+}
+
+TEST(gantry_railing, of_endless_length_has_a_bounded_number_of_spans)
+{
+    const Level level = pair(1e12, 0, 0);
+    EXPECT_EQ(most_parts(level.maze), GANTRY_MAXPARTS);
+}
+
+TEST(gantry_railing, of_the_nested_grids_longest_edge_has_all_its_spans)
+{
+    const Level level = pair(25000, 0, 0);
+    EXPECT_EQ(most_parts(level.maze), 5000);
 }
 
 TEST(gantry_ladder, to_a_node_that_is_nowhere_has_no_rung)
@@ -656,18 +679,16 @@ TEST(gantry_levels, make_an_edge_between_sibling_mazes_from_both)
     expect_same_plate(from[0], to[0]);
 }
 
-TEST(gantry_levels, build_the_tables_of_exits_that_they_need)
+TEST(gantry_levels, build_their_own_table_of_exits_and_none_of_another_level)
 {
     Level level = pair(10, 0, 0);
     Maze* const sub = level.sub(1);
     add_node(sub, 9, 0, 0, 0.25);
     walkways_of(level.maze);
-    const void* const table = Maze_attachment(sub, "EdgeAngleRecs");
-    EXPECT_NE(table, nullptr);
     EXPECT_NE(Maze_attachment(level.maze, "EdgeAngleRecs"), nullptr);
     walkways_of(level.maze);
     EXPECT_EQ(level.maze->attachments.count, 1U);
-    EXPECT_EQ(sub->attachments.count, 1U);
+    EXPECT_EQ(sub->attachments.count, 0U);
 }
 
 TEST(gantry_levels, leave_out_what_leads_to_a_node_that_does_not_lead_back)

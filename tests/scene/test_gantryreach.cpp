@@ -36,15 +36,14 @@ static void fill_square(Maze* maze, const f64 at[3], f64 size, i32 levels, std::
 }
 
 // A world of three levels, of 31 mazes.
-struct Nest {
+struct ReachNest {
     MazeGame game = {};
     std::vector<Maze*> mazes;
 
-    explicit Nest(u32 seed)
+    explicit ReachNest(u32 seed)
     {
         picture_open();
         gfx_resize(48, 36);
-        have_anisotropy = 0; // which costs the software renderer most of its time
         gantry_tex = 0;
         gantry_tnorm = 0;
         gfx_set_fov(90, 0.1F, 1000);
@@ -58,14 +57,13 @@ struct Nest {
         game.pos = innermost({game.root, 0});
         mazes = all_mazes(game.root);
     }
-    ~Nest()
+    ~ReachNest()
     {
         plot_type = 0;
-        have_anisotropy = -1;
         MazeGame_free(&game);
     }
-    Nest(const Nest&) = delete;
-    Nest& operator=(const Nest&) = delete;
+    ReachNest(const ReachNest&) = delete;
+    ReachNest& operator=(const ReachNest&) = delete;
 
     // A view from inside, the same for the same number.
     void look(u32 n)
@@ -90,7 +88,7 @@ struct Nest {
 TEST(gantry_culling, leaves_out_levels_without_changing_a_pixel)
 {
     for (u32 seed = 0; seed < 5; seed++) {
-        Nest nest(seed);
+        ReachNest nest(seed);
         for (u32 view = 0; view < 20; view++) {
             nest.look(view);
             const Picture culled = picture_draw(&nest.game);
@@ -106,13 +104,13 @@ TEST(gantry_culling, builds_no_list_of_a_level_out_of_view)
 {
     i32 least = 31;
     for (u32 view = 0; view < 5; view++) {
-        Nest nest(1);
+        ReachNest nest(1);
         nest.look(view);
         picture_draw(&nest.game);
         least = std::min(least, nest.built());
     }
     EXPECT_LT(least, 20);
-    Nest nest(1);
+    ReachNest nest(1);
     gantry_everylevel = true;
     picture_draw(&nest.game);
     gantry_everylevel = false;
@@ -121,13 +119,14 @@ TEST(gantry_culling, builds_no_list_of_a_level_out_of_view)
 
 TEST(gantry_culling, knows_how_far_each_part_stands_off_from_its_level)
 {
-    const Nest nest(2);
+    const ReachNest nest(2);
     for (Maze* const maze : nest.mazes) {
         f64 centre[3];
         f64 radius;
         Maze_drawsphere(maze, centre, &radius);
-        const f64 most = radius + gantry_reach(maze);
-        EXPECT_LE(gantry_reach(maze), 200.1 * radius + 1.07); // as is assumed of all below a level
+        const f64 most = radius + gantry_extent(maze)->reach;
+        EXPECT_LE(gantry_extent(maze)->reach,
+                  200.1 * radius + 1.07); // as is assumed of all below a level
         for (const GantryPlate& plate : walkways_of(maze)) {
             for (const GantryCorner& corner : plate.corners) {
                 EXPECT_LE(length(vec(corner.pos) - vec(centre)), most);

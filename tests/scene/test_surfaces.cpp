@@ -62,13 +62,13 @@ static std::vector<Surface> driver_surfaces(const char* text, const std::vector<
     return out;
 }
 
-struct Difference {
+struct Mismatch {
     f64 point = 0, slope = 0;
 };
 
-static Difference sea_difference(f64 reach, f64 t)
+static Mismatch sea_difference(f64 reach, f64 t)
 {
-    Difference most;
+    Mismatch most;
     const std::vector<Vec3> places = random_places(reach, -5);
     const std::vector<Surface> got = driver_surfaces(glsl_waves, places, t);
     for (size_t i = 0; i < places.size(); i++) {
@@ -82,14 +82,14 @@ static Difference sea_difference(f64 reach, f64 t)
 
 TEST(sea_surface, agrees_with_double_precision_near_the_origin)
 {
-    const Difference most = sea_difference(100, 12.25);
+    const Mismatch most = sea_difference(100, 12.25);
     EXPECT_LT(most.point, 1e-4);
     EXPECT_LT(most.slope, 0.01);
 }
 
 TEST(sea_surface, agrees_with_double_precision_at_a_thousand_units_and_seconds)
 {
-    const Difference most = sea_difference(1000, 1000);
+    const Mismatch most = sea_difference(1000, 1000);
     EXPECT_LT(most.point, 1e-3);
     EXPECT_LT(most.slope, 0.05); // of the shortest waves, 0.01 units long
 }
@@ -108,9 +108,9 @@ TEST(sea_surface, moves_points_by_more_than_the_differences_allowed)
     EXPECT_GT(most, 0.5);
 }
 
-static Difference land_difference(f64 reach)
+static Mismatch land_difference(f64 reach)
 {
-    Difference most;
+    Mismatch most;
     const std::vector<Vec3> places = random_places(reach, -15);
     const std::vector<Surface> got = driver_surfaces(glsl_bed, places, 0);
     i32 tested = 0;
@@ -130,14 +130,14 @@ static Difference land_difference(f64 reach)
 
 TEST(land_surface, agrees_with_double_precision_near_the_origin)
 {
-    const Difference most = land_difference(100);
+    const Mismatch most = land_difference(100);
     EXPECT_LT(most.point, 5e-3); // amplitudes reach thousands
     EXPECT_LT(most.slope, 5e-4);
 }
 
 TEST(land_surface, agrees_with_double_precision_at_a_thousand_units)
 {
-    const Difference most = land_difference(1000);
+    const Mismatch most = land_difference(1000);
     EXPECT_LT(most.point, 5e-3);
     EXPECT_LT(most.slope, 5e-4);
 }

@@ -19,8 +19,9 @@ SoakPlace soak_place;
 
 void finding(const std::string& what)
 {
+    std::error_code gone;
     std::fprintf(stderr, "soak: seed %d, run %d, frame %d, in %s: %s\n", soak_place.seed,
-                 soak_place.session, soak_place.frame, std::filesystem::current_path().c_str(),
+                 soak_place.session, soak_place.frame, std::filesystem::current_path(gone).c_str(),
                  what.c_str());
     _exit(1);
 }

@@ -3,13 +3,13 @@
 #include "gfx/textures.h"
 #include "tests/atlas.h"
 #include "tests/gl_state.h"
+#include "tests/system.h"
 
 #include <GL/glext.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 // What the driver says is its greatest texture, 0 for its own answer. The routine below takes the place
@@ -19,7 +19,7 @@ static i32 greatest_texture;
 extern "C" void glGetIntegerv(GLenum name, GLint* out)
 {
     using Call = void (*)(GLenum, GLint*);
-    static const Call next = reinterpret_cast<Call>(dlsym(RTLD_NEXT, "glGetIntegerv"));
+    static const Call next = reinterpret_cast<Call>(system_libraryroutine("glGetIntegerv"));
     next(name, out);
     if (name == GL_MAX_TEXTURE_SIZE && greatest_texture != 0) {
         *out = greatest_texture;

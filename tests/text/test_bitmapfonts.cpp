@@ -3,6 +3,7 @@
 #include "tests/scripted_window.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
 #include <climits>
 #include <cmath>

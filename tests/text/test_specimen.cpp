@@ -30,7 +30,7 @@ struct Sheet {
 };
 
 // Where a glyph's quad stands, its whole cell.
-struct Quad {
+struct GlyphQuad {
     i32 code;
     f32 scale;
     i32 left, top, right, bottom;
@@ -38,7 +38,7 @@ struct Quad {
 
 struct Specimen {
     Sheet sheet;
-    std::vector<Quad> quads;
+    std::vector<GlyphQuad> quads;
     i32 helptop = 0, helpbottom = 0;
 };
 
@@ -53,7 +53,7 @@ std::vector<i32> all_codes()
 }
 
 // A glyph by itself at a place, and its quad: its cell, scaled, from a margin left of the pen and above.
-Quad put_glyph(i32 code, i32 x, i32 y)
+GlyphQuad put_glyph(i32 code, i32 x, i32 y)
 {
     const char text[] = {static_cast<char>(code), 0};
     text_draw(static_cast<f32>(x), static_cast<f32>(y), text, 0xFFFFFF);
@@ -144,7 +144,7 @@ i32 ink(const Sheet& sheet, i32 left, i32 top, i32 right, i32 bottom)
     return sum;
 }
 
-i32 ink(const Sheet& sheet, const Quad& quad)
+i32 ink(const Sheet& sheet, const GlyphQuad& quad)
 {
     return ink(sheet, quad.left, quad.top, quad.right, quad.bottom);
 }
@@ -172,7 +172,7 @@ Sheet read_stored()
 TEST(specimen, shows_ink_in_every_glyphs_quad)
 {
     EXPECT_EQ(specimen().quads.size(), 3U * 97);
-    for (const Quad& quad : specimen().quads) {
+    for (const GlyphQuad& quad : specimen().quads) {
         // a full stop is a stroke wide and high; its pixels are those of a square of 4 texels
         const f32 least = 255 * 16 * quad.scale * quad.scale;
         EXPECT_GT(static_cast<f32>(ink(specimen().sheet, quad)), 0.6F * least)
@@ -186,7 +186,7 @@ TEST(specimen, shows_nothing_between_the_quads)
     const Sheet& sheet = specimen().sheet;
     std::vector<bool> free(static_cast<size_t>(sheet.width) * static_cast<size_t>(sheet.height),
                            true);
-    for (const Quad& quad : specimen().quads) {
+    for (const GlyphQuad& quad : specimen().quads) {
         for (i32 y = std::max(0, quad.top); y < quad.bottom; y++) {
             for (i32 x = std::max(0, quad.left); x < quad.right; x++) {
                 free.at(static_cast<size_t>(y * sheet.width + x)) = false;
@@ -219,10 +219,10 @@ TEST(specimen, shows_fourteen_lines_of_help)
 // Three sizes of one shape: the mean brightness of a glyph's quad is nearly the same.
 TEST(specimen, keeps_the_weight_of_letters_at_all_sizes)
 {
-    const std::vector<Quad>& quads = specimen().quads;
+    const std::vector<GlyphQuad>& quads = specimen().quads;
     for (const char code : std::string("HOMag8")) {
         std::vector<f64> weights;
-        for (const Quad& quad : quads) {
+        for (const GlyphQuad& quad : quads) {
             if (quad.code == code) {
                 weights.push_back(ink(specimen().sheet, quad) /
                                   std::pow(static_cast<f64>(quad.scale), 2));
@@ -247,7 +247,7 @@ TEST(specimen, stands_as_it_is_drawn_in_the_folder_of_pictures)
     const Sheet stored = read_stored();
     ASSERT_EQ(stored.width, WIDTH);
     ASSERT_EQ(stored.height, HEIGHT);
-    for (const Quad& quad : specimen().quads) {
+    for (const GlyphQuad& quad : specimen().quads) {
         const i32 drawn = ink(specimen().sheet, quad);
         EXPECT_NEAR(ink(stored, quad), drawn, 0.1 * drawn + 100)
             << quad.code << " at " << quad.scale;

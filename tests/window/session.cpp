@@ -16,9 +16,10 @@
 #include <stdexcept>
 #include <sys/wait.h>
 
-Session::Session(const Desktop& where, const std::string& in) : desktop(where), folder(in)
+Session::Session(const Desktop& where, const std::string& in, const std::vector<std::string>& words)
+    : desktop(where), folder(in)
 {
-    process = spawn({.words = {CORVANE_BIN_DIR "/Corvane"},
+    process = spawn({.words = words,
                      .folder = folder,
                      .display = desktop.display(),
                      .out = folder + "/out.txt",
@@ -86,7 +87,8 @@ void Session::wait_for(Seen wanted) const
 {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(120);
     const auto going = [&] { return running() && std::chrono::steady_clock::now() < end; };
-    if (!wait_for_seen(wanted, desktop.display(), id, going) && running()) {
+    if (!wait_for_seen(wanted, desktop.display(), id, going) &&
+        !wait_until(30, [this] { return !running(); })) { // the window goes before the program
         throw std::runtime_error("the program shows no further frame: " + printed() + errors());
     }
 }
@@ -111,14 +113,29 @@ void Session::tap(const std::string& key) const
     show_frame();
 }
 
-void Session::hold(const std::string& key, double seconds) const
+void Session::press(const std::string& key) const
 {
     desktop.run("xdotool keydown " + key);
     show_frame();
+}
+
+void Session::release(const std::string& key) const
+{
+    std::string turned; // without Ctrl a key might act in another way
+    std::istringstream names(key);
+    for (std::string name; std::getline(names, name, '+');) {
+        turned = turned.empty() ? name : name + "+" + turned;
+    }
+    desktop.run("xdotool keyup " + turned);
+    show_frame();
+}
+
+void Session::hold(const std::string& key, double seconds) const
+{
+    press(key);
     sleep_for(seconds);
     show_frame();
-    desktop.run("xdotool keyup " + key);
-    show_frame();
+    release(key);
 }
 
 void Session::click(int button) const

@@ -14,7 +14,9 @@
 class Session
 {
   public:
-    Session(const Desktop& where, const std::string& in);
+    /// `words` start the program.
+    Session(const Desktop& where, const std::string& in,
+            const std::vector<std::string>& words = {CORVANE_BIN_DIR "/Corvane"});
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -35,6 +37,8 @@ class Session
     void tap(const std::string& key) const; // a single key goes down and up at once
     void hold(const std::string& key,
               double seconds) const; // at least so long as the program sees it
+    void press(const std::string& key) const;
+    void release(const std::string& key) const; // of keys pressed together the last one first
     void click(int button) const;
     /// Closes the window as its close button does.
     void close() const;

@@ -1,71 +1,8 @@
 // The keys that choose what is seen, in the real window, by what stands on the screen.
-#include "model/mazegame.h"
-#include "model/savefile.h"
-#include "tests/mazes.h"
+#include "tests/window/islands.h"
 #include "tests/window/session.h"
 
 #include <vector>
-
-using Pixels = std::vector<std::uint32_t>;
-
-static constexpr double same =
-    0.001; // share of pixels by which two pictures of the same may differ
-
-// Whether two colours differ clearly. The sun moves on between two pictures, and the light a little.
-static bool differ(std::uint32_t a, std::uint32_t b)
-{
-    for (i32 shift = 16; shift >= 0; shift -= 8) {
-        const i32 more = static_cast<i32>(a >> shift & 0xFF) - static_cast<i32>(b >> shift & 0xFF);
-        if (more > 24 || more < -24) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// The share of pixels in which two pictures differ clearly.
-static double difference(const Pixels& a, const Pixels& b)
-{
-    size_t n = a.size() == b.size() ? 0 : a.size();
-    for (size_t i = 0; i < a.size() && i < b.size(); i++) {
-        n += differ(a[i], b[i]) ? 1 : 0;
-    }
-    return static_cast<double>(n) / static_cast<double>(a.size());
-}
-
-// A grid of `n` by `n` nodes from a corner on, the first of them joined to no other grid.
-static i32 add_grid(Maze* maze, i32 n, f64 left, f64 bottom)
-{
-    const i32 first = Maze_count(maze);
-    for (i32 i = 0; i < n * n; i++) {
-        add_node(maze, left + 2 * (i % n), bottom + 2 * (i / n), 0, 0.5);
-        if (i % n > 0) {
-            Maze_join(maze, first + i - 1, first + i);
-        }
-        if (i >= n) {
-            Maze_join(maze, first + i - n, first + i);
-        }
-    }
-    return first;
-}
-
-// A flat world in which nothing moves: two grids that aren't joined, the player on the right side of
-// the left one and so in the middle of the picture.
-static void leave_islands(const std::string& path)
-{
-    Maze* const maze = Maze_new();
-    const i32 left = add_grid(maze, 5, -8, -4);
-    add_grid(maze, 5, 4, -4);
-    Maze_bounds(maze, false);
-    MazeGame game = {};
-    MazeGame_setup(&game);
-    game.root = maze;
-    game.pos = {.maze = maze, .node = left + 14};
-    MazeGame_startcamera(&game);
-    std::string why(SAVE_WHY, 0);
-    EXPECT_TRUE(MazeGame_save(&game, path.c_str(), why.data())) << why;
-    MazeGame_free(&game);
-}
 
 struct Plot_keys : WindowTest {
     Session* run = nullptr;
@@ -101,7 +38,7 @@ struct Plot_keys : WindowTest {
             run->show_frame();
             const Pixels before = now;
             now = desktop.bare_pixels(run->window());
-            return difference(before, now) < same;
+            return clear_difference(before, now) < same;
         });
         return now;
     }
@@ -113,8 +50,9 @@ struct Plot_keys : WindowTest {
     // Waits until the window no longer shows a picture, however long the next frame takes.
     Pixels changed_from(const Pixels& before) const
     {
-        EXPECT_TRUE(wait_until(
-            60, [&] { return difference(before, desktop.bare_pixels(run->window())) > same; }));
+        EXPECT_TRUE(wait_until(60, [&] {
+            return clear_difference(before, desktop.bare_pixels(run->window())) > same;
+        }));
         return settled();
     }
     // The picture after a key that has an effect.
@@ -159,8 +97,8 @@ static Blue blue_of(const Pixels& pixels, i32 width)
 TEST_F(Plot_keys, J_shows_the_flat_shapes_while_it_is_held)
 {
     const Pixels flat = held("j");
-    EXPECT_GT(difference(discs, flat), 0.01);
-    EXPECT_LT(difference(discs, settled()), same);
+    EXPECT_GT(clear_difference(discs, flat), 0.01);
+    EXPECT_LT(clear_difference(discs, settled()), same);
 }
 
 TEST_F(Plot_keys, F_paints_what_can_be_reached_in_blue_and_nothing_else)
@@ -170,7 +108,7 @@ TEST_F(Plot_keys, F_paints_what_can_be_reached_in_blue_and_nothing_else)
     const Pixels painted = held("f");
     EXPECT_GT(blue_of(painted, width).left, 500);
     EXPECT_EQ(blue_of(painted, width).right, 0);
-    EXPECT_LT(difference(discs, settled()), same);
+    EXPECT_LT(clear_difference(discs, settled()), same);
 }
 
 TEST_F(Plot_keys, F_paints_over_each_style)
@@ -180,7 +118,8 @@ TEST_F(Plot_keys, F_paints_over_each_style)
         const Pixels without = changed_by(key);
         const Pixels painted = held("f");
         EXPECT_GT(blue_of(painted, width).left, blue_of(without, width).left + 300) << key;
-        EXPECT_NEAR(blue_of(painted, width).right, blue_of(without, width).right, 50) << key;
+        // the day goes on between the two, and with it the colours
+        EXPECT_NEAR(blue_of(painted, width).right, blue_of(without, width).right, 150) << key;
     }
 }
 
@@ -192,33 +131,8 @@ TEST_F(Plot_keys, J_and_F_act_together)
     const Pixels both = held("j f");
     EXPECT_GT(blue_of(both, width).left, 500);
     EXPECT_EQ(blue_of(both, width).right, 0);
-    EXPECT_GT(difference(flat, both), 0.01);
-    EXPECT_GT(difference(painted, both), 0.01);
-}
-
-TEST_F(Plot_keys, Shift_G_shows_and_hides_the_grid_and_leaves_the_style)
-{
-    const Pixels grid = changed_by("shift+g");
-    EXPECT_GT(difference(discs, grid), 0.02);
-    EXPECT_LT(difference(discs, changed_by("shift+g")), same);
-}
-
-TEST_F(Plot_keys, P_makes_lines_sharp_and_smooth)
-{
-    const Pixels smooth = changed_by("shift+g");
-    const Pixels sharp = changed_by("p");
-    EXPECT_GT(difference(smooth, sharp), 0.005);
-    EXPECT_LT(difference(smooth, changed_by("p")), same);
-}
-
-TEST_F(Plot_keys, G_leads_round_three_styles)
-{
-    const Pixels gantries = changed_by("g");
-    const Pixels balls = changed_by("g");
-    EXPECT_GT(difference(discs, gantries), 0.02);
-    EXPECT_GT(difference(discs, balls), 0.02);
-    EXPECT_GT(difference(gantries, balls), 0.02);
-    EXPECT_LT(difference(discs, changed_by("g")), same);
+    EXPECT_GT(clear_difference(flat, both), 0.01);
+    EXPECT_GT(clear_difference(painted, both), 0.01);
 }
 
 TEST_F(Plot_keys, G_changes_the_style_unseen_under_the_map_of_cells)
@@ -227,21 +141,9 @@ TEST_F(Plot_keys, G_changes_the_style_unseen_under_the_map_of_cells)
     changed_by("g");
     changed_by("g");
     const Pixels cells = changed_by("v");
-    EXPECT_GT(difference(discs, cells), 0.02);
-    EXPECT_LT(difference(cells, after("g")), same);
-    EXPECT_LT(difference(gantries, changed_by("v")), same);
-}
-
-TEST_F(Plot_keys, M_leads_round_six_styles_of_the_map)
-{
-    std::vector<Pixels> styles = {changed_by("v")};
-    for (size_t i = 1; i < 6; i++) {
-        styles.push_back(changed_by("m"));
-        for (size_t j = 0; j < i; j++) {
-            EXPECT_GT(difference(styles[i], styles[j]), same) << j << " and " << i;
-        }
-    }
-    EXPECT_LT(difference(styles[0], changed_by("m")), same);
+    EXPECT_GT(clear_difference(discs, cells), 0.02);
+    EXPECT_LT(clear_difference(cells, after("g")), same);
+    EXPECT_LT(clear_difference(gantries, changed_by("v")), same);
 }
 
 TEST_F(Plot_keys, J_changes_nothing_but_the_discs)
@@ -251,29 +153,5 @@ TEST_F(Plot_keys, J_changes_nothing_but_the_discs)
     run->show_frame();
     const Pixels with = settled();
     desktop.run("xdotool keyup j");
-    EXPECT_LT(difference(gantries, with), same);
-}
-
-TEST_F(Plot_keys, Shift_L_lights_the_lamp_and_leaves_the_landscape)
-{
-    changed_by("g");
-    const Pixels dark = changed_by("g");
-    const Pixels lit = changed_by("shift+l");
-    EXPECT_GT(difference(dark, lit), 0.01);
-    EXPECT_LT(difference(dark, changed_by("shift+l")), same);
-}
-
-TEST_F(Plot_keys, L_shows_and_hides_the_landscape)
-{
-    // the first picture of it takes a while, and it never stands still
-    run->tap("l");
-    EXPECT_TRUE(wait_until(60, [&] {
-        sleep_for(0.3);
-        return difference(discs, desktop.bare_pixels(run->window())) > 0.5;
-    }));
-    run->tap("l");
-    EXPECT_TRUE(wait_until(20, [&] {
-        sleep_for(0.3);
-        return difference(discs, desktop.bare_pixels(run->window())) < same;
-    }));
+    EXPECT_LT(clear_difference(gantries, with), same);
 }

@@ -49,15 +49,6 @@ TEST_F(Settings, with_a_seed_bring_the_world_of_that_seed)
     EXPECT_EQ(Save(path("maze_save.dat")).world(), world_of_seed(4711));
 }
 
-TEST_F(Settings, keep_a_changed_stereo_depth)
-{
-    Session run(desktop, folder);
-    run.start();
-    run.tap("F6");
-    EXPECT_EQ(run.escape(), 0);
-    EXPECT_NE(file_text(path("config.txt")).find("\nStereo Depth: 0.055\n"), std::string::npos);
-}
-
 TEST_F(Window_size, is_the_resolution_given)
 {
     settings("Resolution: 640x480\n");

@@ -1,31 +1,13 @@
-// The keys that make worlds and reshape them, on worlds of each kind, and what they leave in the save.
-#include "base/rnd.h"
-#include "generate/makemaze.h"
-#include "model/commands.h"
+// The keys that reshape worlds, on worlds of each kind, and what they leave in the save.
 #include "model/mazegame.h"
 #include "model/pos.h"
 #include "model/savefile.h"
 #include "model/surgery.h"
-#include "tests/quiet.h"
+#include "tests/window/basemaze.h"
 #include "tests/window/session.h"
 
 #include <cmath>
 #include <sstream>
-
-// The base maze of a random world.
-static Maze* level_of(const MazeGame& game)
-{
-    return Maze_node(game.root, 1)->sub;
-}
-
-static i32 inner_node(const Maze* maze)
-{
-    i32 i = Maze_count(maze) - 1;
-    while (Maze_node(maze, i)->sub != nullptr || Maze_node(maze, i)->nedges == 0) {
-        i--;
-    }
-    return i;
-}
 
 static std::string graph(const Maze* maze)
 {
@@ -89,17 +71,7 @@ class Keys_on_worlds : public WindowTest
     void leave_world(i32 kind) const
     {
         settings("Resolution: 320x240\n");
-        const Quiet quiet;
-        MazeGame game;
-        rnd_seed(7);
-        makemaze_forced_kind = kind;
-        MazeGame_new(&game, 0);
-        makemaze_forced_kind = -1;
-        game.pos = {level_of(game), inner_node(level_of(game))};
-        std::string why(SAVE_WHY, 0);
-        const bool done = MazeGame_save(&game, save().c_str(), why.data());
-        MazeGame_free(&game);
-        ASSERT_TRUE(done) << why;
+        leave_base_maze(save(), kind);
     }
 
     // Runs the program, gives it keys, and quits.
@@ -136,14 +108,10 @@ static void contract_simplify_relax(const Session& run)
 // The same contractions without a window.
 static void contract(MazeGame* game)
 {
-    for (u32 held = 0; held < 4; held++) { // none, Shift, Ctrl, both
-        const ReshapeKeys keys = {.simplify = false,
-                                  .relax = false,
-                                  .contract = true,
-                                  .shift = (held & 1) != 0,
-                                  .ctrl = (held & 2) != 0};
-        MazeGame_reshape(game, &keys, 0.01);
-    }
+    contract_base(game, false, false);
+    contract_base(game, true, false);
+    contract_base(game, false, true);
+    contract_base(game, true, true);
 }
 
 // Kinds 1 and 2 are kind 0 by other numbers.
@@ -206,34 +174,5 @@ TEST_F(Keys_on_worlds, E_reddens_a_level_and_leaves_what_lies_in_it_behind)
                         0.4 * way(node, Maze_node(now, i)), 1e-6);
         }
     }
-    EXPECT_EQ(fault(save()), "");
-}
-
-TEST_F(Keys_on_worlds, N_with_Shift_and_Ctrl_makes_the_gallery)
-{
-    settings("Resolution: 320x240\n");
-    play([](const Session& run) { run.tap("shift+ctrl+n"); });
-    const Save after(save());
-    EXPECT_STREQ(after.game.root->name, "pg->root");
-    EXPECT_EQ(Maze_count(after.game.root), 12);
-    EXPECT_EQ(fault(save()), "");
-}
-
-// Four million nodes are made, shown and saved. The file is judged without being built.
-TEST_F(Keys_on_worlds, N_with_Shift_makes_the_nested_grid)
-{
-    settings("Resolution: 320x240\n");
-    Session run(desktop, folder);
-    run.start();
-    const std::vector<std::uint32_t> old = desktop.pixels(run.window());
-    run.tap("shift+n");
-    EXPECT_TRUE(wait_until(60, [&] {
-        return desktop.pixels(run.window()) != old && desktop.colours(run.window()) > 8;
-    }));
-    desktop.run("xdotool key Escape");
-    wait_until(60, [&] { return !run.running(); });
-    EXPECT_EQ(run.finish(), 0);
-    const std::string head = file_text(save()).substr(0, 5);
-    EXPECT_EQ(head.substr(1), std::string("\x90\x01\0\0", 4)) << "400 nodes at the root";
     EXPECT_EQ(fault(save()), "");
 }

@@ -2,13 +2,12 @@
 
 #include "base/growarray.h"
 #include "base/str.h"
+#include "gfx/platform/scripted_canvas.h"
 #include "gfx/platform/signals.h"
 
-#include <EGL/egl.h>
-#include <EGL/eglext.h>
 #include <cstring>
 
-enum { FRAME_SIDE = 4, FRAME_CAPTION = 24, MAXDEVICES = 16, MAXCONFIGS = 256, MAXSIDE = 16384 };
+enum { FRAME_SIDE = 4, FRAME_CAPTION = 24, MAXSIDE = 16384 };
 
 static const f64 default_step = 1.0 / 60.0;
 static const f64 further_reading = 0.001;
@@ -40,13 +39,7 @@ static bool cursorset;       // otherwise in the middle of the first display
 static i32 offsetx, offsety; // from the window's centre, until read
 static bool minimised;
 
-// The window and its context. Written by openwindow and closewindow; display, config and the root,
-// with which all contexts share their objects, stay for the rest of the process.
-static EGLDisplay display = EGL_NO_DISPLAY;
-static EGLConfig config;
-static EGLContext root = EGL_NO_CONTEXT;
-static EGLContext context = EGL_NO_CONTEXT;
-static EGLSurface surface = EGL_NO_SURFACE;
+// The window. Written by openwindow and nextevent.
 static i32 windowx, windowy, clientwidth, clientheight;
 static bool framed;
 
@@ -207,170 +200,44 @@ static void cursor(i32* x, i32* y)
     *y = cursory;
 }
 
-static i32 attribute(EGLConfig of, EGLint name)
+i32 canvas_suitability(const CanvasFormat* format)
 {
-    EGLint value = 0;
-    eglGetConfigAttrib(display, of, name, &value);
-    return value;
-}
-
-// How well a config suits, 0: not at all. The first that is offered may have 10 bits of red.
-static i32 suitability(EGLConfig of)
-{
-    const i32 depth = attribute(of, EGL_DEPTH_SIZE);
-    const bool colours = attribute(of, EGL_RED_SIZE) == 8 && attribute(of, EGL_GREEN_SIZE) == 8 &&
-                         attribute(of, EGL_BLUE_SIZE) == 8;
-    if (!colours || depth < 16 || depth > 32 || attribute(of, EGL_SAMPLES) > 1) {
+    const bool colours = format->red == 8 && format->green == 8 && format->blue == 8;
+    if (!colours || format->depth < 16 || format->depth > 32 || format->samples > 1) {
         return 0;
     }
-    const i32 noalpha = attribute(of, EGL_ALPHA_SIZE) == 0 ? 200 : 0;
-    const i32 nostencil = attribute(of, EGL_STENCIL_SIZE) == 0 ? 100 : 0;
-    return noalpha + nostencil + depth;
-}
-
-static bool pickconfig()
-{
-    static const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE,
-                                    EGL_OPENGL_BIT, EGL_NONE};
-    EGLConfig offered[MAXCONFIGS];
-    EGLint n = 0;
-    if (eglChooseConfig(display, wanted, offered, MAXCONFIGS, &n) != EGL_TRUE) {
-        return false;
-    }
-    i32 best = 0;
-    for (i32 i = n - 1; i >= 0; i--) {
-        const i32 suits = suitability(offered[i]);
-        if (suits >= best && suits > 0) {
-            best = suits;
-            config = offered[i];
-        }
-    }
-    return best > 0;
-}
-
-static EGLContext makecontext(EGLContext sharing)
-{
-    return eglCreateContext(display, config, sharing, nullptr);
-}
-
-// Takes a display if it gives desktop OpenGL; `display`, `config` and `root` stand then.
-static PlatformOpen trydisplay(EGLDisplay candidate)
-{
-    if (candidate == EGL_NO_DISPLAY || eglInitialize(candidate, nullptr, nullptr) != EGL_TRUE) {
-        return PLATFORM_NO_CLASS;
-    }
-    display = candidate;
-    PlatformOpen result = PLATFORM_NO_FORMAT;
-    if (eglBindAPI(EGL_OPENGL_API) == EGL_TRUE && pickconfig()) {
-        root = makecontext(EGL_NO_CONTEXT);
-        result = root != EGL_NO_CONTEXT ? PLATFORM_OPEN : PLATFORM_NO_CONTEXT;
-    }
-    if (result != PLATFORM_OPEN) {
-        eglTerminate(candidate);
-        display = EGL_NO_DISPLAY;
-    }
-    return result;
-}
-
-static EGLDisplay platformdisplay(EGLenum kind, void* native)
-{
-    const auto getdisplay = reinterpret_cast<PFNEGLGETPLATFORMDISPLAYEXTPROC>(
-        eglGetProcAddress("eglGetPlatformDisplayEXT"));
-    return getdisplay != nullptr ? getdisplay(kind, native, nullptr) : EGL_NO_DISPLAY;
-}
-
-static bool clientknows(const char* extension)
-{
-    const char* list = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
-    return list != nullptr && std::strstr(list, extension) != nullptr;
-}
-
-static PlatformOpen trydevices()
-{
-    const auto query =
-        reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
-    EGLDeviceEXT devices[MAXDEVICES];
-    EGLint n = 0;
-    if (query == nullptr || query(MAXDEVICES, devices, &n) != EGL_TRUE) {
-        return PLATFORM_NO_CLASS;
-    }
-    PlatformOpen result = PLATFORM_NO_CLASS;
-    for (i32 i = 0; i < n; i++) { // the first is the system's preferred one
-        result = trydisplay(platformdisplay(EGL_PLATFORM_DEVICE_EXT, devices[i]));
-        if (result == PLATFORM_OPEN) {
-            return result;
-        }
-    }
-    return result;
-}
-
-// Finds a driver that draws without a screen, once in a process.
-static PlatformOpen reachdriver()
-{
-    if (root != EGL_NO_CONTEXT) {
-        return PLATFORM_OPEN;
-    }
-    PlatformOpen result = PLATFORM_NO_CLASS;
-    if (clientknows("EGL_MESA_platform_surfaceless")) {
-        result = trydisplay(platformdisplay(EGL_PLATFORM_SURFACELESS_MESA, nullptr));
-    }
-    if (result != PLATFORM_OPEN && clientknows("EGL_EXT_platform_device")) {
-        result = trydevices();
-    }
-    return result;
-}
-
-// A surface has at least one pixel, whatever the client size. Drivers promise a surface of any size
-// and fail when it is drawn to, so larger ones than any of them draws to are refused here.
-static EGLSurface makesurface(i32 width, i32 height)
-{
-    if (width > MAXSIDE || height > MAXSIDE) {
-        return EGL_NO_SURFACE;
-    }
-    const EGLint size[] = {EGL_WIDTH, width < 1 ? 1 : width, EGL_HEIGHT, height < 1 ? 1 : height,
-                           EGL_NONE};
-    return eglCreatePbufferSurface(display, config, size);
+    const i32 noalpha = format->alpha == 0 ? 200 : 0;
+    const i32 nostencil = format->stencil == 0 ? 100 : 0;
+    return noalpha + nostencil + format->depth;
 }
 
 static void closewindow()
 {
-    eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
-    if (surface != EGL_NO_SURFACE) {
-        eglDestroySurface(display, surface);
-    }
-    if (context != EGL_NO_CONTEXT) {
-        eglDestroyContext(display, context);
-    }
-    surface = EGL_NO_SURFACE;
-    context = EGL_NO_CONTEXT;
+    canvas_close();
     pumping = false;
     inframe = false;
 }
 
-static PlatformOpen makewindow(const WindowRequest* want)
+// Drivers promise a surface of any size and fail when it is drawn to, so larger ones than any of them
+// draws to are refused here.
+static bool toolarge(i32 width, i32 height)
 {
-    surface = makesurface(want->width, want->height);
-    if (surface == EGL_NO_SURFACE) {
-        return PLATFORM_NO_WINDOW;
-    }
-    context = makecontext(root);
-    if (context == EGL_NO_CONTEXT) {
-        return PLATFORM_NO_CONTEXT;
-    }
-    const bool made = eglMakeCurrent(display, surface, surface, context) == EGL_TRUE;
-    return made ? PLATFORM_OPEN : PLATFORM_NOT_CURRENT;
+    return width > MAXSIDE || height > MAXSIDE;
+}
+
+// A surface has at least one pixel, whatever the client size.
+static i32 pixels(i32 side)
+{
+    return side < 1 ? 1 : side;
 }
 
 static PlatformOpen openwindow(const WindowRequest* want)
 {
     scripted_counts.request = *want;
-    PlatformOpen result = reachdriver();
+    const PlatformOpen result = toolarge(want->width, want->height)
+                                    ? PLATFORM_NO_WINDOW
+                                    : canvas_open(pixels(want->width), pixels(want->height));
     if (result != PLATFORM_OPEN) {
-        return result;
-    }
-    result = makewindow(want);
-    if (result != PLATFORM_OPEN) {
-        closewindow();
         return result;
     }
     windowx = want->x;
@@ -385,13 +252,9 @@ static PlatformOpen openwindow(const WindowRequest* want)
 // False if there is no surface of that size; the old one stays then.
 static bool resize(i32 width, i32 height)
 {
-    EGLSurface made = makesurface(width, height);
-    if (made == EGL_NO_SURFACE) {
+    if (toolarge(width, height) || !canvas_resize(pixels(width), pixels(height))) {
         return false;
     }
-    eglMakeCurrent(display, made, made, context);
-    eglDestroySurface(display, surface);
-    surface = made;
     clientwidth = width;
     clientheight = height;
     return true;
@@ -582,9 +445,9 @@ static f64 seconds()
     return now + further_reading * readings++;
 }
 
-static bool displaylost()
+static const char* ended()
 {
-    return false; // there is none
+    return nullptr; // there is no display that could
 }
 
 static void swap()
@@ -594,19 +457,14 @@ static void swap()
     if (atswap != nullptr) {
         atswap(frame);
     }
-    eglSwapBuffers(display, surface); // the mark of a frame's end for tools that trace calls
-}
-
-static void* glproc(const char* symbol)
-{
-    return reinterpret_cast<void*>(eglGetProcAddress(symbol));
+    canvas_swap();
 }
 
 const Platform platform_scripted = {
     .name = "scripted",
     .seconds = seconds,
     .takesignals = signals_install,
-    .displaylost = displaylost,
+    .ended = ended,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,
@@ -626,5 +484,5 @@ const Platform platform_scripted = {
     .isminimised = isminimised,
     .placeontop = placeontop,
     .swap = swap,
-    .glproc = glproc,
+    .glproc = canvas_proc,
 };

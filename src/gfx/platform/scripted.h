@@ -1,4 +1,4 @@
-// The scripted back end: no display server. Draws into an off-screen surface of a real OpenGL, plays
+// The scripted back end: no window. Draws into an off-screen surface of a real OpenGL, plays
 // a list of timed input, and claims any set of displays; for tests, tools and benchmarks.
 //
 // Frames count from 1. Input for frame F is delivered in the pump before it, so the pump of the

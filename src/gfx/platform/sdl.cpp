@@ -44,9 +44,9 @@ static int onlost(void* /*display*/)
     return 0;
 }
 
-static bool displaylost()
+static const char* ended()
 {
-    return lost;
+    return lost ? "The connection to the display is lost" : nullptr;
 }
 
 // The X library is SDL's, and so is found by its file name. Where it can't be found its own handler
@@ -675,7 +675,7 @@ const Platform platform_sdl = {
     .name = "sdl",
     .seconds = seconds,
     .takesignals = signals_install,
-    .displaylost = displaylost,
+    .ended = ended,
     .displays = displays,
     .desktop = desktop,
     .primary = primary,
@@ -697,3 +697,5 @@ const Platform platform_sdl = {
     .swap = swap,
     .glproc = glproc,
 };
+
+const Platform* const platform_desktop = &platform_sdl;

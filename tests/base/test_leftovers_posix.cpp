@@ -1,6 +1,7 @@
 // New files that a run which was cut off has left behind: the next replacement of the same file removes
 // them, and never what is being written.
 #include "base/wholefile.h"
+#include "tests/endchild.h"
 #include "tests/tempfolder.h"
 
 #include <csignal>
@@ -120,10 +121,10 @@ TEST(wholefile_leftovers, of_another_file_stay)
         WholeFile file;
         begin(&file, folder, std::string(70000, letter));
         if (!wholefile_end(&file) || file.why[0] != 0) {
-            _exit(1);
+            end_child(1);
         }
     }
-    _exit(0);
+    end_child(0);
 }
 
 TEST(wholefile_leftovers, are_not_mistaken_when_many_processes_write_at_once)

@@ -1,4 +1,6 @@
 #include "base/wholefile.h"
+#include "tests/endchild.h"
+#include "tests/ordinaryuser.h"
 #include "tests/tempfolder.h"
 
 #include <cerrno>
@@ -1036,7 +1038,7 @@ static int race(int count, bool (*body)(const std::string& path, int number),
             char end;
             close(gate[1]);
             read(gate[0], &end, 1); // until the parent closes the other end
-            _exit(body(path, i) ? 0 : 1);
+            end_child(body(path, i) ? 0 : 1);
         }
         children.push_back(child);
     }
@@ -1155,7 +1157,7 @@ TEST(wholefile_lock, is_freed_when_its_process_is_killed)
         const char told = wholefile_lock(folder.path.c_str(), &handle) == WHOLEFILE_LOCKED ? 1 : 0;
         write(gate[1], &told, 1);
         pause();
-        _exit(0);
+        end_child(0);
     }
     char told = 0;
     EXPECT_EQ(read(gate[0], &told, 1), 1);
@@ -1193,7 +1195,7 @@ static int count_holders(const std::string& path, int processes)
             const char held = wholefile_lock(path.c_str(), &handle) == WHOLEFILE_LOCKED ? 1 : 0;
             write(answers[1], &held, 1);
             pause();
-            _exit(0);
+            end_child(0);
         }
         children.push_back(child);
     }

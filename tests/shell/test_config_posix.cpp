@@ -2,6 +2,7 @@
 #include "base/wholefile.h"
 #include "gfx/gfx_opengl.h"
 #include "shell/config.h"
+#include "tests/ordinaryuser.h"
 #include "tests/tempfolder.h"
 
 #include <climits>

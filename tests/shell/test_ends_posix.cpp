@@ -599,7 +599,7 @@ TEST(a_library_that_calls_exit, because_the_display_is_lost_is_told_as_that)
 {
     const SharedFolder shared;
     Platform backend = platform_scripted;
-    backend.displaylost = [] { return true; };
+    backend.ended = [] { return "The connection to the display is lost"; };
     EXPECT_EXIT(play_and(call_exit, &backend), testing::ExitedWithCode(7), "");
     EXPECT_TRUE(shared.told("The connection to the display is lost, so Corvane ends."));
     EXPECT_TRUE(shared.told(told_saved));

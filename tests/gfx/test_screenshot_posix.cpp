@@ -2,6 +2,7 @@
 #include "base/report.h"
 #include "base/wholefile.h"
 #include "gfx/screenshot.h"
+#include "tests/ordinaryuser.h"
 #include "tests/scripted_window.h"
 #include "tests/tempfolder.h"
 
@@ -164,28 +165,28 @@ TEST(picture_read, leaves_the_alignment_of_rows_as_it_was)
 }
 
 // An empty folder to stand in, and what is told meanwhile.
-struct Place : TempFolder {
+struct Spot : TempFolder {
     static inline std::vector<std::string> told;
     std::filesystem::path home = std::filesystem::current_path();
     void (*handler)(ReportRec*) = report_handler;
     f64 (*clock)() = timer_now;
 
-    Place()
+    Spot()
     {
         std::filesystem::current_path(path);
         told.clear();
         report_handler = [](ReportRec* rec) { told.push_back(rec->message); };
         warnings_to_file = 0;
     }
-    ~Place()
+    ~Spot()
     {
         timer_now = clock;
         report_handler = handler;
         warnings_to_file = 1;
         std::filesystem::current_path(home);
     }
-    Place(const Place&) = delete;
-    Place& operator=(const Place&) = delete;
+    Spot(const Spot&) = delete;
+    Spot& operator=(const Spot&) = delete;
 
     std::string text(const std::string& name) const
     {
@@ -251,7 +252,7 @@ TEST(bitmap_stride, pads_a_row_to_four_bytes)
 
 TEST(bitmap_write, writes_this_header)
 {
-    const Place place;
+    const Spot place;
     Shown(641, 3).save("x.bmp", 0);
     const std::string header("BM"
                              "\xC2\x16\0\0" // 3 rows of 1924 bytes, and 54
@@ -273,7 +274,7 @@ TEST(bitmap_write, writes_this_header)
 
 TEST(bitmap_write, writes_the_pixels_as_they_are_behind_the_header)
 {
-    const Place place;
+    const Spot place;
     const Shown shown(641, 3);
     shown.save("x.bmp", 0);
     EXPECT_EQ(place.text("x.bmp").size(), 54U + 3 * 1924);
@@ -282,27 +283,27 @@ TEST(bitmap_write, writes_the_pixels_as_they_are_behind_the_header)
 
 TEST(bitmap_write, without_converting_makes_nothing_but_the_bitmap)
 {
-    const Place place;
+    const Spot place;
     Shown(5, 4).save("x.bmp", 0);
     EXPECT_EQ(place.listing(), "x.bmp");
-    EXPECT_TRUE(Place::told.empty());
+    EXPECT_TRUE(Spot::told.empty());
 }
 
 TEST(bitmap_write, converted_leaves_nothing_but_the_picture)
 {
-    const Place place;
+    const Spot place;
     for (const i32 width : {5, 8, 641}) {
         const Shown shown(width, 4);
         shown.save("x.bmp", 1);
         EXPECT_EQ(place.listing(), "x.png");
         expect_png("x.png", shown);
     }
-    EXPECT_TRUE(Place::told.empty());
+    EXPECT_TRUE(Spot::told.empty());
 }
 
 TEST(bitmap_write, converted_takes_an_older_bitmap_of_its_name_away)
 {
-    const Place place;
+    const Spot place;
     write_text("x.bmp", "old");
     Shown(5, 4).save("x.bmp", 1);
     EXPECT_EQ(place.listing(), "x.png");
@@ -310,7 +311,7 @@ TEST(bitmap_write, converted_takes_an_older_bitmap_of_its_name_away)
 
 TEST(bitmap_write, converted_leaves_a_folder_of_the_bitmaps_name_alone)
 {
-    const Place place;
+    const Spot place;
     std::filesystem::create_directory("x.bmp");
     Shown(5, 4).save("x.bmp", 1);
     EXPECT_EQ(place.listing(), "x.bmp x.png");
@@ -319,7 +320,7 @@ TEST(bitmap_write, converted_leaves_a_folder_of_the_bitmaps_name_alone)
 // Which name the picture of a bitmap gets.
 static std::string target_of(const std::string& path)
 {
-    const Place place;
+    const Spot place;
     std::filesystem::create_directory("a.b");
     Shown(2, 2).save(path, 1);
     std::string found;
@@ -328,7 +329,7 @@ static std::string target_of(const std::string& path)
             found += std::filesystem::relative(entry.path(), place.path).string();
         }
     }
-    EXPECT_TRUE(Place::told.empty()) << Place::told[0];
+    EXPECT_TRUE(Spot::told.empty()) << Spot::told[0];
     return found;
 }
 
@@ -357,20 +358,20 @@ TEST(bitmap_write, keeps_a_picture_whose_name_is_its_own_target)
 
 TEST(bitmap_write, leaves_the_bitmap_where_the_picture_cannot_be_written)
 {
-    const Place place;
+    const Spot place;
     std::filesystem::create_directory("x.png");
     const Shown shown(7, 5);
     shown.save("x.bmp", 1);
     EXPECT_EQ(place.listing(), "x.bmp x.png");
     EXPECT_EQ(place.text("x.bmp").substr(54), shown.bytes());
-    ASSERT_EQ(Place::told.size(), 1U);
-    EXPECT_EQ(Place::told[0].find("The picture is saved as a bitmap, x.bmp. "), 0U);
-    EXPECT_NE(Place::told[0].find("x.png"), std::string::npos) << Place::told[0];
+    ASSERT_EQ(Spot::told.size(), 1U);
+    EXPECT_EQ(Spot::told[0].find("The picture is saved as a bitmap, x.bmp. "), 0U);
+    EXPECT_NE(Spot::told[0].find("x.png"), std::string::npos) << Spot::told[0];
 }
 
 TEST(bitmap_write, leaves_an_older_picture_whole_that_it_cannot_replace)
 {
-    const Place place;
+    const Spot place;
     write_text("old.png", "old");
     ASSERT_EQ(chmod(place.path.c_str(), 0777), 0);
     ASSERT_EQ(chmod("old.png", 0444), 0);
@@ -382,7 +383,7 @@ TEST(bitmap_write, leaves_an_older_picture_whole_that_it_cannot_replace)
 
 TEST(bitmap_write, replaces_an_older_picture)
 {
-    const Place place;
+    const Spot place;
     write_text("x.png", "old");
     const Shown shown(7, 5);
     shown.save("x.bmp", 1);
@@ -391,35 +392,35 @@ TEST(bitmap_write, replaces_an_older_picture)
 
 TEST(bitmap_write, tells_a_folder_that_is_not_there)
 {
-    const Place place;
+    const Spot place;
     Shown(7, 5).save("no/such/x.bmp", 1);
     EXPECT_EQ(place.listing(), "");
-    ASSERT_EQ(Place::told.size(), 1U);
-    EXPECT_EQ(Place::told[0].find("The picture is not saved in no/such/x.bmp. "), 0U)
-        << Place::told[0];
+    ASSERT_EQ(Spot::told.size(), 1U);
+    EXPECT_EQ(Spot::told[0].find("The picture is not saved in no/such/x.bmp. "), 0U)
+        << Spot::told[0];
 }
 
 TEST(bitmap_write, tells_a_folder_that_cannot_be_written)
 {
-    const Place place;
+    const Spot place;
     ASSERT_EQ(chmod(place.path.c_str(), 0555), 0);
     {
         const OrdinaryUser user;
         Shown(7, 5).save("x.bmp", 1);
     }
     EXPECT_EQ(place.listing(), "");
-    ASSERT_EQ(Place::told.size(), 1U);
-    EXPECT_EQ(Place::told[0].find("The picture is not saved in x.bmp. "), 0U) << Place::told[0];
+    ASSERT_EQ(Spot::told.size(), 1U);
+    EXPECT_EQ(Spot::told[0].find("The picture is not saved in x.bmp. "), 0U) << Spot::told[0];
 }
 
 TEST(bitmap_write, tells_a_picture_without_a_size)
 {
-    const Place place;
+    const Spot place;
     const Shown shown(5, 4);
     bitmap_write(shown.rows.data(), 0, 4, "x.bmp", 1);
     bitmap_write(shown.rows.data(), 5, 0, "x.bmp", 0);
     EXPECT_EQ(place.listing(), "");
-    EXPECT_EQ(Place::told.size(), 2U);
+    EXPECT_EQ(Spot::told.size(), 2U);
 }
 
 // While it lives no file grows beyond some bytes, as on a disk that is almost full.
@@ -441,7 +442,7 @@ struct SmallFiles {
 
 TEST(bitmap_write, leaves_older_files_whole_where_there_is_no_room)
 {
-    const Place place;
+    const Spot place;
     write_text("x.bmp", "old bitmap");
     write_text("x.png", "old picture");
     const Shown shown(200, 200);
@@ -452,8 +453,8 @@ TEST(bitmap_write, leaves_older_files_whole_where_there_is_no_room)
     EXPECT_EQ(place.listing(), "x.bmp x.png");
     EXPECT_EQ(place.text("x.bmp"), "old bitmap");
     EXPECT_EQ(place.text("x.png"), "old picture");
-    ASSERT_EQ(Place::told.size(), 1U);
-    EXPECT_EQ(Place::told[0].find("The picture is not saved in x.bmp. "), 0U) << Place::told[0];
+    ASSERT_EQ(Spot::told.size(), 1U);
+    EXPECT_EQ(Spot::told[0].find("The picture is not saved in x.bmp. "), 0U) << Spot::told[0];
 }
 
 // Pixels that don't follow from one another, so that packing them makes them no smaller.
@@ -468,7 +469,7 @@ static void scramble(Shown* shown)
 
 TEST(bitmap_write, falls_back_to_the_bitmap_where_only_that_has_room)
 {
-    const Place place;
+    const Spot place;
     Shown shown(200, 200);
     scramble(&shown);
     {
@@ -477,18 +478,18 @@ TEST(bitmap_write, falls_back_to_the_bitmap_where_only_that_has_room)
     }
     EXPECT_EQ(place.listing(), "x.bmp");
     EXPECT_EQ(place.text("x.bmp").substr(54), shown.bytes());
-    EXPECT_EQ(Place::told.size(), 1U);
+    EXPECT_EQ(Spot::told.size(), 1U);
 }
 
 static f64 clock_shows; // what timer_now says in a test
 
 static std::string shot_at(f64 seconds, const char* prefix = "Corvane")
 {
-    const Place place;
+    const Spot place;
     clock_shows = seconds;
     timer_now = [] { return clock_shows; };
     screenshot_save(prefix);
-    EXPECT_TRUE(Place::told.empty()) << Place::told[0];
+    EXPECT_TRUE(Spot::told.empty()) << Spot::told[0];
     return place.listing();
 }
 
@@ -531,7 +532,7 @@ TEST(screenshot_save, writes_what_the_back_buffer_shows)
 {
     scripted_begin();
     const ScriptedWindow window(5, 4);
-    const Place place;
+    const Spot place;
     draw_corners();
     u8* const rgb = picture_read(5, 4);
     const Pixels expected(rgb, rgb + 5 * 4 * 3);
@@ -551,7 +552,7 @@ TEST(screenshot_save, leaves_a_bitmap_of_the_same_name_as_its_fall_back)
 {
     scripted_begin();
     const ScriptedWindow window(5, 4);
-    const Place place;
+    const Spot place;
     std::filesystem::create_directory("Corvane_12345.png");
     draw_corners();
     timer_now = [] { return 3703.6; };
@@ -587,7 +588,7 @@ TEST(screenshot_save, replaces_a_picture_of_the_same_name)
 {
     scripted_begin();
     const ScriptedWindow window(5, 4);
-    const Place place;
+    const Spot place;
     write_text("Corvane_00001.png", "old");
     timer_now = [] { return 0.31; };
     screenshot_save("Corvane");
@@ -600,18 +601,18 @@ TEST(screenshot_save, tells_a_window_without_a_width)
 {
     scripted_begin();
     const ScriptedWindow window(5, 4);
-    const Place place;
+    const Spot place;
     gfx_resize(0, 4);
     screenshot_save("Corvane");
     EXPECT_EQ(place.listing(), "");
-    EXPECT_EQ(Place::told.size(), 1U);
+    EXPECT_EQ(Spot::told.size(), 1U);
 }
 
 TEST(screenshot_save, leaves_the_alignment_of_rows_as_it_was)
 {
     scripted_begin();
     const ScriptedWindow window(5, 4);
-    const Place place;
+    const Spot place;
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     screenshot_save("Corvane");
     GLint alignment = 0;

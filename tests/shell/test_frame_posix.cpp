@@ -8,6 +8,7 @@
 #include "model/surgery.h"
 #include "shell/frame.h"
 #include "shell/hud.h"
+#include "tests/ordinaryuser.h"
 #include "tests/shell_session.h"
 #include "tests/sound.h"
 
