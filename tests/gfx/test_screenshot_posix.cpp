@@ -571,7 +571,7 @@ TEST(screenshot_save, pads_the_rows_of_its_fall_back_with_zeros)
     const size_t stride = 1924;
     scripted_begin();
     const ScriptedWindow window(width, height);
-    const Place place;
+    const Spot place;
     std::filesystem::create_directory("Corvane_12345.png");
     timer_now = [] { return 3703.6; };
     mallopt(M_PERTURB, 0x5A);
