@@ -1,5 +1,4 @@
 // Levels of gantries that are left out of a picture, and how far gantries reach.
-#include "gfx/textures.h"
 #include "model/drawsphere.h"
 #include "model/pos.h"
 #include "scene/gantry.h"
@@ -44,8 +43,6 @@ struct ReachNest {
     {
         picture_open();
         gfx_resize(48, 36);
-        gantry_tex = 0;
-        gantry_tnorm = 0;
         gfx_set_fov(90, 0.1F, 1000);
         plot_type = 1;
         std::mt19937 random(seed);

@@ -1,6 +1,5 @@
 // Levels of gantries that are drawn from their stretches, since they have long ways or look small: the
 // pictures are those of their lists.
-#include "gfx/textures.h"
 #include "model/pos.h"
 #include "scene/gantry.h"
 #include "scene/gantryrows.h"
@@ -55,8 +54,6 @@ struct LongNest {
     {
         picture_open();
         gfx_resize(96, 72);
-        gantry_tex = 0;
-        gantry_tnorm = 0;
         gfx_set_fov(90, 0.1F, 1000);
         plot_type = 1;
         std::mt19937 random(seed);
