@@ -60,7 +60,6 @@ static Maze* make_torus()
     return maze;
 }
 
-// Looks from `eye` along the horizon's diagonal down to the middle.
 static void cross(f64 out[3], const f64 a[3], const f64 b[3])
 {
     for (i32 i = 0; i < 3; i++) {
@@ -68,6 +67,7 @@ static void cross(f64 out[3], const f64 a[3], const f64 b[3])
     }
 }
 
+// The torus seen from `eye` with `target` in the middle of the view.
 static MazeGame torus_game(const f64 eye[3], const f64 target[3])
 {
     MazeGame game;

@@ -118,7 +118,7 @@ styles() {
 solids='
     plain = "plain_ms" in v ? v["plain_ms"] : v["array_ms"]
     ours = "ours_ms" in v ? v["ours_ms"] : "plain_ms" in v ? plain * v["ratio"] : plain / v["array_ratio"]
-    job = name; sub(/\/iterations.*|\/manual_time.*|\/real_time.*/, "", job); 
+    job = name; sub(/\/iterations.*|\/manual_time.*|\/real_time.*/, "", job)
     sub(/^frame.view:/, "balls and sticks, frame of view ", job); sub(/^build$/, "lists of balls and sticks", job)
     sub(/^rebuild/, "lists of discs", job); sub(/^cells/, "cells of a map", job); gsub(/[_\/]/, " ", job)'
 

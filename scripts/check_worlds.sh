@@ -14,9 +14,10 @@ build() {
     mkdir "$objects"
     (
         cd "$objects"
-        find "$root"/src/{base,model,generate} "$root"/tools/{corvane_world,world*}.cpp \
+        find "$root"/src/{base,model,generate} "$root"/tools/{corvane_world,tool,world*}.cpp \
             -name '*.cpp' ! -name '*_win32.cpp' -print0 |
-            xargs -0 -P "$(nproc)" -n 1 "$1" "$2" -std=c++20 -ffp-contract=off -I"$root/src" -c
+            xargs -0 -P "$(nproc)" -n 1 "$1" "$2" -std=c++20 -ffp-contract=off -I"$root/src" \
+                -D'CORVANE_VERSION="golden"' -c
     )
     "$1" "$objects"/*.o -o "$folder/$1$2"
 }

@@ -1,5 +1,6 @@
 // corvane-play: the whole program without a display, driven by a script of timed input, with a log
 // of every frame.
+#include "base/numbers.h"
 #include "base/report.h"
 #include "base/wholefile.h"
 #include "gfx/gfx_opengl.h"
@@ -8,15 +9,13 @@
 #include "model/mazegame.h"
 #include "scene/scene.h"
 #include "shell/frame.h"
-#include "shell/numbers.h"
 #include "tool.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-static const char tool_name[] = "corvane-play";
+const char tool_name[] = "corvane-play";
 
 static const char help_text[] =
     "corvane-play SCRIPT [OPTION ...]\n"
@@ -70,18 +69,6 @@ static std::FILE* log_to; // or null
 static GrowArray shots;   // of Shot
 static bool shot_failed;  // by atswap and tellmissed
 static bool script_ends;  // by addaction: the script holds something that may end the loop
-
-static bool bad(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-// Tells what is wrong in one line; false for the caller to pass on.
-static bool bad(const char* format, ...)
-{
-    std::va_list arguments;
-    va_start(arguments, format);
-    tool_tell(tool_name, format, arguments);
-    va_end(arguments);
-    return false;
-}
 
 // The log
 
@@ -154,7 +141,7 @@ static void takeshot(const char* path)
     char why[WHOLEFILE_WHY];
     u8* const rgb = picture_read(gfx_width, gfx_height);
     if (!picture_write_png(path, rgb, gfx_width, gfx_height, why)) {
-        bad("%s: %s", path, why);
+        tool_bad("%s: %s", path, why);
         shot_failed = true;
     }
     std::free(rgb);
@@ -181,7 +168,7 @@ static void tellmissed()
     for (i32 i = 0; i < n; i++) { // in the order of the script
         const Shot* const shot = items<Shot>(&shots) + i;
         if (!shot->tried) {
-            bad("%s: the run ended before frame %d", shot->path, shot->frame);
+            tool_bad("%s: the run ended before frame %d", shot->path, shot->frame);
             shot_failed = true;
         }
     }
@@ -198,7 +185,8 @@ struct Line {
 
 static bool badline(const Line* line, const char* what, const char* word)
 {
-    return bad("%s:%d: %s%s%s", line->file, line->number, what, word[0] != 0 ? ": " : "", word);
+    return tool_bad("%s:%d: %s%s%s", line->file, line->number, what, word[0] != 0 ? ": " : "",
+                    word);
 }
 
 // Cuts a line into words in place; a # and what follows is dropped. False if there are too many.
@@ -363,17 +351,12 @@ static bool addscript(const char* file, char* text)
 // Reads and adds the script; `*text` receives its text, owned.
 static bool readscript(const char* file, u8** text)
 {
-    char why[WHOLEFILE_WHY];
     size_t size = 0;
-    const WholeFileRead outcome = wholefile_read(file, text, &size, why);
-    if (outcome == WHOLEFILE_MISSING) {
-        return bad("%s: there is no such file", file);
-    }
-    if (outcome == WHOLEFILE_UNREADABLE) {
-        return bad("%s: %s", file, why);
+    if (!tool_readfile(file, text, &size)) {
+        return false;
     }
     if (std::memchr(*text, 0, size) != nullptr) {
-        return bad("%s: not a text file", file);
+        return tool_bad("%s: not a text file", file);
     }
     return addscript(file, reinterpret_cast<char*>(*text));
 }
@@ -389,11 +372,11 @@ static bool readdisplay(Options* options, const char* value)
     i32 height = 0;
     if (std::sscanf(value, "%7d,%7d,%n", &x, &y, &used) != 2 || used == 0 ||
         !number_size(value + used, &width, &height)) {
-        return bad("--display takes X,Y,WxH, not '%s'", value);
+        return tool_bad("--display takes X,Y,WxH, not '%s'", value);
     }
     options->displays++;
     if (options->displays > PLATFORM_MAXDISPLAYS) {
-        return bad("--display can be given %d times at most", PLATFORM_MAXDISPLAYS);
+        return tool_bad("--display can be given %d times at most", PLATFORM_MAXDISPLAYS);
     }
     scripted_display({.left = x, .top = y, .right = x + width, .bottom = y + height});
     return true;
@@ -403,7 +386,7 @@ static bool readstep(const char* value)
 {
     f64 seconds = 0;
     if (!number_f64(value, &seconds) || seconds < 0 || seconds > step_most) {
-        return bad("--dt takes seconds from 0 to %.0f, not '%s'", step_most, value);
+        return tool_bad("--dt takes seconds from 0 to %.0f, not '%s'", step_most, value);
     }
     scripted_step(seconds);
     return true;
@@ -413,11 +396,11 @@ static bool readoption(Options* options, const char* name, const char* value)
 {
     if (std::strcmp(name, "--log") == 0) {
         options->log = value;
-        return *value != 0 || bad("--log takes the name of a file");
+        return *value != 0 || tool_bad("--log takes the name of a file");
     }
     if (std::strcmp(name, "--size") == 0) {
         return number_size(value, &options->width, &options->height) ||
-               bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
+               tool_bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
     }
     if (std::strcmp(name, "--display") == 0) {
         return readdisplay(options, value);
@@ -426,7 +409,7 @@ static bool readoption(Options* options, const char* name, const char* value)
         return readstep(value);
     }
     return number_i32(value, 1, MAXFRAME, &options->frames) ||
-           bad("--frames takes a number from 1 on, not '%s'", value);
+           tool_bad("--frames takes a number from 1 on, not '%s'", value);
 }
 
 static bool takesvalue(const char* name)
@@ -445,23 +428,23 @@ static bool readarguments(Options* options, int argc, char** argv)
     for (int i = 1; i < argc; i++) { // in the order given
         if (takesvalue(argv[i])) {
             if (i + 1 == argc || std::strncmp(argv[i + 1], "--", 2) == 0) {
-                return bad("%s needs a value", argv[i]);
+                return tool_bad("%s needs a value", argv[i]);
             }
             if (!readoption(options, argv[i], argv[i + 1])) {
                 return false;
             }
             i++;
         } else if (argv[i][0] == '-') {
-            return bad("unknown option %s (--help lists them)", argv[i]);
+            return tool_bad("unknown option %s (--help lists them)", argv[i]);
         } else if (*argv[i] == 0) {
-            return bad("the name of the script is empty");
+            return tool_bad("the name of the script is empty");
         } else if (options->script != nullptr) {
-            return bad("one script only, not also '%s'", argv[i]);
+            return tool_bad("one script only, not also '%s'", argv[i]);
         } else {
             options->script = argv[i];
         }
     }
-    return options->script != nullptr || bad("which script? (--help tells more)");
+    return options->script != nullptr || tool_bad("which script? (--help tells more)");
 }
 
 // The run
@@ -473,7 +456,7 @@ static bool openlog(const char* path)
     }
     log_to = std::fopen(path, "w");
     if (log_to == nullptr) {
-        return bad("%s: the log can't be written", path);
+        return tool_bad("%s: the log can't be written", path);
     }
     logheading();
     return true;
@@ -486,7 +469,7 @@ static bool closelog(const char* path)
     }
     const bool failed = std::ferror(log_to) != 0;
     if (std::fclose(log_to) != 0 || failed) {
-        return bad("%s: the log could not be written whole", path);
+        return tool_bad("%s: the log could not be written whole", path);
     }
     return true;
 }
@@ -499,7 +482,7 @@ static bool prepare(const Options* options, u8** text)
     if (options->frames > 0) {
         scripted_add({.frame = options->frames + 1, .kind = SCRIPT_CLOSE, .a = 0, .b = 0});
     } else if (!script_ends) {
-        return bad("%s: nothing ends the run: close, Q, Escape or --frames", options->script);
+        return tool_bad("%s: nothing ends the run: close, Q, Escape or --frames", options->script);
     }
     driver.wished_width = options->width;
     driver.wished_height = options->height;
@@ -509,8 +492,8 @@ static bool prepare(const Options* options, u8** text)
 
 int main(int argc, char** argv)
 {
-    if (tool_answer(tool_name, help_text, argc, argv)) {
-        return tool_end(tool_name, EXIT_DONE);
+    if (tool_answer(help_text, argc, argv)) {
+        return tool_end(EXIT_DONE);
     }
     Options options = {};
     u8* text = nullptr;

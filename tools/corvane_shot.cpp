@@ -1,4 +1,5 @@
 // corvane-shot: one picture of a world to a PNG, drawn off screen. Writes nothing else.
+#include "base/numbers.h"
 #include "base/report.h"
 #include "base/rnd.h"
 #include "base/vec3.h"
@@ -12,24 +13,21 @@
 #include "gfx/stereo.h"
 #include "gfx/textures.h"
 #include "model/mazegame.h"
-#include "model/savefile.h"
 #include "scene/scene.h"
 #include "scene/view.h"
 #include "shell/camera.h"
 #include "shell/hud.h"
-#include "shell/numbers.h"
 #include "tool.h"
 
 #include <GL/gl.h>
 
 #include <cassert>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-static const char tool_name[] = "corvane-shot";
+const char tool_name[] = "corvane-shot";
 
 static const char help_text[] =
     "corvane-shot (--world FILE | --seed S) --out FILE [OPTION ...]\n"
@@ -104,30 +102,18 @@ struct Options {
     i32 trail;
 };
 
-static bool bad(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-// Tells what is wrong in one line; false for the caller to pass on.
-static bool bad(const char* format, ...)
-{
-    std::va_list arguments;
-    va_start(arguments, format);
-    tool_tell(tool_name, format, arguments);
-    va_end(arguments);
-    return false;
-}
-
 // The options: each routine takes the option's value, or null for one that has none.
 
 static bool takeworld(Options* options, const char* value)
 {
     options->world = value;
-    return *value != 0 || bad("--world takes the name of a file");
+    return *value != 0 || tool_bad("--world takes the name of a file");
 }
 
 static bool takeout(Options* options, const char* value)
 {
     options->out = value;
-    return *value != 0 || bad("--out takes the name of a file");
+    return *value != 0 || tool_bad("--out takes the name of a file");
 }
 
 static bool takeat(Options* options, const char* value)
@@ -144,14 +130,14 @@ static bool takeshift(Options* options, const char* value)
     for (i32 i = 0; i < 3; i++) { // in the order written
         char* const comma = std::strchr(at, ',');
         if ((comma != nullptr) != (i < 2)) {
-            return bad("--shift takes X,Y,Z, not '%s'", value);
+            return tool_bad("--shift takes X,Y,Z, not '%s'", value);
         }
         if (comma != nullptr) {
             *comma = 0;
         }
         if (!number_f64(at, &options->shift[i]) || std::fabs(options->shift[i]) > shift_most) {
-            return bad("--shift takes three numbers up to %.0e in size, not '%s'", shift_most,
-                       value);
+            return tool_bad("--shift takes three numbers up to %.0e in size, not '%s'", shift_most,
+                            value);
         }
         at = comma != nullptr ? comma + 1 : at;
     }
@@ -162,43 +148,43 @@ static bool takeseed(Options* options, const char* value)
 {
     options->seeded = true;
     return number_u32(value, &options->seed) ||
-           bad("--seed takes a number from 0 to 4294967295, not '%s'", value);
+           tool_bad("--seed takes a number from 0 to 4294967295, not '%s'", value);
 }
 
 static bool takemode(Options* options, const char* value)
 {
     options->mode_given = true;
     return number_i32(value, 0, 2, &options->mode) ||
-           bad("--mode takes 0, 1 or 2, not '%s'", value);
+           tool_bad("--mode takes 0, 1 or 2, not '%s'", value);
 }
 
 static bool takekind(Options* options, const char* value)
 {
     options->kind_given = true;
     return number_i32(value, 0, MAKEMAZE_KINDS - 1, &options->kind) ||
-           bad("--kind takes a number from 0 to %d, not '%s'", MAKEMAZE_KINDS - 1, value);
+           tool_bad("--kind takes a number from 0 to %d, not '%s'", MAKEMAZE_KINDS - 1, value);
 }
 
 static bool takesize(Options* options, const char* value)
 {
     return number_size(value, &options->width, &options->height) ||
-           bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
+           tool_bad("--size takes WxH, each from 1 to 16384, not '%s'", value);
 }
 
 static bool takeyaw(Options* options, const char* value)
 {
-    return number_f64(value, &options->yaw) || bad("--yaw takes radians, not '%s'", value);
+    return number_f64(value, &options->yaw) || tool_bad("--yaw takes radians, not '%s'", value);
 }
 
 static bool takepitch(Options* options, const char* value)
 {
-    return number_f64(value, &options->pitch) || bad("--pitch takes radians, not '%s'", value);
+    return number_f64(value, &options->pitch) || tool_bad("--pitch takes radians, not '%s'", value);
 }
 
 static bool takezoom(Options* options, const char* value)
 {
     return (number_f64(value, &options->zoom) && options->zoom > 0) ||
-           bad("--zoom takes a factor above 0, not '%s'", value);
+           tool_bad("--zoom takes a factor above 0, not '%s'", value);
 }
 
 static bool takefirstperson(Options* options, const char* /*value*/)
@@ -210,13 +196,13 @@ static bool takefirstperson(Options* options, const char* /*value*/)
 static bool takeclock(Options* options, const char* value)
 {
     options->clock_given = true;
-    return number_f64(value, &options->clock) || bad("--clock takes seconds, not '%s'", value);
+    return number_f64(value, &options->clock) || tool_bad("--clock takes seconds, not '%s'", value);
 }
 
 static bool takestereo(Options* options, const char* value)
 {
     return number_i32(value, 0, STEREO_MODES - 1, &options->stereo) ||
-           bad("--stereo takes a number from 0 to %d, not '%s'", STEREO_MODES - 1, value);
+           tool_bad("--stereo takes a number from 0 to %d, not '%s'", STEREO_MODES - 1, value);
 }
 
 static bool takeswap(Options* options, const char* /*value*/)
@@ -227,13 +213,14 @@ static bool takeswap(Options* options, const char* /*value*/)
 
 static bool takedepth(Options* options, const char* value)
 {
-    return number_f64(value, &options->depth) || bad("--depth takes a number, not '%s'", value);
+    return number_f64(value, &options->depth) ||
+           tool_bad("--depth takes a number, not '%s'", value);
 }
 
 static bool taketrail(Options* options, const char* value)
 {
     return number_i32(value, 0, MAXTRAIL, &options->trail) ||
-           bad("--trail takes a number of steps, not '%s'", value);
+           tool_bad("--trail takes a number of steps, not '%s'", value);
 }
 
 static bool takeplot(Options* options, const char* value)
@@ -245,13 +232,13 @@ static bool takeplot(Options* options, const char* value)
             return true;
         }
     }
-    return bad("--plot takes discs, gantries, balls, voronoi or flat, not '%s'", value);
+    return tool_bad("--plot takes discs, gantries, balls, voronoi or flat, not '%s'", value);
 }
 
 static bool takevoronoimode(Options* options, const char* value)
 {
     return number_i32(value, 0, 5, &options->voronoi_mode) ||
-           bad("--voronoi-mode takes a number from 0 to 5, not '%s'", value);
+           tool_bad("--voronoi-mode takes a number from 0 to 5, not '%s'", value);
 }
 
 static bool takelandscape(Options* options, const char* /*value*/)
@@ -293,7 +280,7 @@ static bool takesharp(Options* options, const char* /*value*/)
 static bool takehud(Options* options, const char* value)
 {
     return number_i32(value, 0, HUD_MODES - 1, &options->hud) ||
-           bad("--hud takes a number from 0 to %d, not '%s'", HUD_MODES - 1, value);
+           tool_bad("--hud takes a number from 0 to %d, not '%s'", HUD_MODES - 1, value);
 }
 
 static const struct OptionForm {
@@ -342,19 +329,19 @@ static const OptionForm* findoption(const char* name)
 static bool fitstogether(const Options* options)
 {
     if (options->world == nullptr && !options->seeded) {
-        return bad("which world? --world or --seed (--help tells more)");
+        return tool_bad("which world? --world or --seed (--help tells more)");
     }
     if (options->world != nullptr &&
         (options->seeded || options->mode_given || options->kind_given)) {
-        return bad("--seed, --mode and --kind make a new world, --world brings its own");
+        return tool_bad("--seed, --mode and --kind make a new world, --world brings its own");
     }
     if (options->kind_given && options->mode != 0) {
-        return bad("--kind goes with --mode 0 only: the other modes have no kinds");
+        return tool_bad("--kind goes with --mode 0 only: the other modes have no kinds");
     }
     if (options->voronoi_mode >= 0 && options->plot != PLOT_VORONOI) {
-        return bad("--voronoi-mode goes with --plot voronoi only");
+        return tool_bad("--voronoi-mode goes with --plot voronoi only");
     }
-    return options->out != nullptr || bad("where to? --out (--help tells more)");
+    return options->out != nullptr || tool_bad("where to? --out (--help tells more)");
 }
 
 static bool readarguments(Options* options, int argc, char** argv)
@@ -362,10 +349,10 @@ static bool readarguments(Options* options, int argc, char** argv)
     for (int i = 1; i < argc; i++) { // in the order given
         const OptionForm* const form = findoption(argv[i]);
         if (form == nullptr) {
-            return bad("unknown option %s (--help lists them)", argv[i]);
+            return tool_bad("unknown option %s (--help lists them)", argv[i]);
         }
         if (form->hasvalue && (i + 1 == argc || std::strncmp(argv[i + 1], "--", 2) == 0)) {
-            return bad("%s needs a value", argv[i]);
+            return tool_bad("%s needs a value", argv[i]);
         }
         if (!form->take(options, form->hasvalue ? argv[i + 1] : nullptr)) {
             return false;
@@ -377,31 +364,11 @@ static bool readarguments(Options* options, int argc, char** argv)
 
 // The world
 
-// Loads a save without setting a bad one aside, as the game does.
-static bool loadworld(MazeGame* game, const char* path)
-{
-    char why[SAVE_WHY];
-    u8* bytes = nullptr;
-    size_t size = 0;
-    const WholeFileRead outcome = wholefile_read(path, &bytes, &size, why);
-    if (outcome != WHOLEFILE_READ) {
-        bad("%s: %s", path, outcome == WHOLEFILE_MISSING ? "there is no such file" : why);
-        return false;
-    }
-    const bool sound = savefile_check(bytes, size, why) == SAVE_SOUND;
-    if (sound) {
-        savefile_build(game, bytes, size);
-    } else {
-        bad("%s: %s", path, why);
-    }
-    std::free(bytes);
-    return sound;
-}
-
 static bool makeworld(MazeGame* game, const Options* options)
 {
     if (options->world != nullptr) {
-        return loadworld(game, options->world);
+        size_t size = 0;
+        return tool_readworld(options->world, game, &size);
     }
     rnd_seed(options->seed);
     makemaze_forced_kind = options->kind_given ? options->kind : -1;
@@ -427,7 +394,7 @@ static bool readnode(const char** at, i32* node)
 static bool godown(Maze** maze, i32 node, const char* path)
 {
     if (node >= Maze_count(*maze) || Maze_node(*maze, node)->sub == nullptr) {
-        return bad("--at %s: node %d holds no submaze", path, node);
+        return tool_bad("--at %s: node %d holds no submaze", path, node);
     }
     *maze = Maze_node(*maze, node)->sub;
     return true;
@@ -435,7 +402,7 @@ static bool godown(Maze** maze, i32 node, const char* path)
 
 static bool badplace(const char* path)
 {
-    return bad("--at takes PATH:NODE, as 1/17:3 or :3, not '%s'", path);
+    return tool_bad("--at takes PATH:NODE, as 1/17:3 or :3, not '%s'", path);
 }
 
 // Goes down the levels named before the colon and leaves `*at` behind it.
@@ -473,10 +440,10 @@ static bool standat(MazeGame* game, const char* path)
         return badplace(path);
     }
     if (node >= Maze_count(maze)) {
-        return bad("--at %s: the level has %d nodes, from 0 on", path, Maze_count(maze));
+        return tool_bad("--at %s: the level has %d nodes, from 0 on", path, Maze_count(maze));
     }
     if (Maze_node(maze, node)->sub != nullptr) {
-        return bad("--at %s: the node holds a submaze, so nobody stands there", path);
+        return tool_bad("--at %s: the node holds a submaze, so nobody stands there", path);
     }
     game->pos = {.maze = maze, .node = node};
     for (i32 i = 2; i >= 0; i--) {
@@ -507,7 +474,10 @@ static void walktrail(MazeGame* game, i32 steps)
             return;
         }
         const Pos to = exits[stalestexit(recs, count)];
-        Pos_markwalked(game->pos, to, game->time - (steps - i));
+        const f64 time = game->time - (steps - i);
+        if (time >= 0.0) { // an earlier stamp would read as never, but be counted
+            Pos_markwalked(game->pos, to, time);
+        }
         game->pos = to;
     }
 }
@@ -582,7 +552,7 @@ static bool drawpicture(MazeGame* game, const Options* options)
     u8* const rgb = picture_read(gfx_width, gfx_height);
     const bool written = picture_write_png(options->out, rgb, gfx_width, gfx_height, why);
     std::free(rgb);
-    return written || bad("%s: %s", options->out, why);
+    return written || tool_bad("%s: %s", options->out, why);
 }
 
 static void opencanvas(const Options* options)
@@ -616,8 +586,8 @@ static bool makepicture(const Options* options)
 
 int main(int argc, char** argv)
 {
-    if (tool_answer(tool_name, help_text, argc, argv)) {
-        return tool_end(tool_name, EXIT_DONE);
+    if (tool_answer(help_text, argc, argv)) {
+        return tool_end(EXIT_DONE);
     }
     Options options = {};
     options.width = 864;
@@ -629,5 +599,5 @@ int main(int argc, char** argv)
     if (!readarguments(&options, argc, argv) || !makepicture(&options)) {
         return EXIT_BAD;
     }
-    return 0;
+    return EXIT_DONE;
 }

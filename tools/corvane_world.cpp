@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+const char tool_name[] = "corvane-world";
+
 static const char help_text[] =
     "corvane-world COMMAND\n"
     "Makes worlds and tells about them without opening a window. The exit code is 2 for a bad\n"
@@ -69,21 +71,23 @@ static const struct {
 
 static int run(int argc, char** argv)
 {
-    if (tool_answer(tool_name, help_text, argc, argv)) {
+    if (tool_answer(help_text, argc, argv)) {
         return EXIT_DONE;
     }
     if (argc < 2) {
-        return bad("what to do? make, check, info, digest or dump (--help tells more)");
+        tool_bad("what to do? make, check, info, digest or dump (--help tells more)");
+        return EXIT_BAD;
     }
     for (const auto& command : commands) {
         if (std::strcmp(argv[1], command.name) == 0) {
             return command.run(argv + 2, argc - 2);
         }
     }
-    return bad("unknown command %s (--help lists them)", argv[1]);
+    tool_bad("unknown command %s (--help lists them)", argv[1]);
+    return EXIT_BAD;
 }
 
 int main(int argc, char** argv)
 {
-    return tool_end(tool_name, run(argc, argv));
+    return tool_end(run(argc, argv));
 }

@@ -7,21 +7,6 @@
 
 enum { EXIT_UNSOUND = 1 };
 
-/// What its messages begin with.
-inline const char tool_name[] = "corvane-world";
-
-/// Tells in one line on standard error what is wrong. Gives EXIT_BAD for the caller to pass on.
-[[gnu::format(printf, 1, 2)]] int bad(const char* format, ...);
-
-/// Reads a file whole into `*bytes`, owned by the caller and freed with free; false if it can't be
-/// read, which it tells.
-bool readfile(const char* path, u8** bytes, size_t* size);
-
-/// Loads a save file, which stays where it is even if it is no good; false if it can't be used, which
-/// it tells. `out` is overwritten unread and freed by the caller with MazeGame_free. `size` receives
-/// the size of the file.
-bool readworld(const char* path, MazeGame* out, size_t* size);
-
 /// Names a maze by the node numbers that lead to it from the root: "root maze", "maze 1/17".
 void nameplace(const Maze* maze, char out[SAVE_PLACE]);
 

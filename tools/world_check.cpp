@@ -19,21 +19,21 @@ static int judge(const u8* bytes, size_t size, char* why)
 int command_check(char** words, int count)
 {
     if (count != 1) {
-        return bad("check takes one file (--help tells more)");
+        tool_bad("check takes one file (--help tells more)");
+        return EXIT_BAD;
     }
     const char* const path = words[0];
     u8* bytes = nullptr;
     size_t size = 0;
-    if (!readfile(path, &bytes, &size)) {
+    if (!tool_readfile(path, &bytes, &size)) {
         return EXIT_BAD;
     }
     char why[SAVE_WHY];
     const int code = judge(bytes, size, why);
     std::free(bytes);
     if (code == EXIT_BAD) {
-        return bad("%s: %s", path, why);
-    }
-    if (code == EXIT_UNSOUND) {
+        tool_bad("%s: %s", path, why);
+    } else if (code == EXIT_UNSOUND) {
         std::printf("%s: unsound: %s\n", path, why);
     } else {
         std::printf("%s: sound\n", path);

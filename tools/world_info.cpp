@@ -220,9 +220,10 @@ int command_info(char** words, int count)
     MazeGame game;
     size_t size = 0;
     if (count != 1) {
-        return bad("info takes one file (--help tells more)");
+        tool_bad("info takes one file (--help tells more)");
+        return EXIT_BAD;
     }
-    if (!readworld(words[0], &game, &size)) {
+    if (!tool_readworld(words[0], &game, &size)) {
         return EXIT_BAD;
     }
     printworld(words[0], &game, size);
@@ -235,9 +236,10 @@ int command_digest(char** words, int count)
     MazeGame game;
     size_t size = 0;
     if (count != 1) {
-        return bad("digest takes one file (--help tells more)");
+        tool_bad("digest takes one file (--help tells more)");
+        return EXIT_BAD;
     }
-    if (!readworld(words[0], &game, &size)) {
+    if (!tool_readworld(words[0], &game, &size)) {
         return EXIT_BAD;
     }
     printdigest(game.root);
@@ -252,9 +254,9 @@ static bool makenew(const char* path)
     std::FILE* const file = std::fopen(path, "wx");
     if (file == nullptr) {
         const int error = errno;
-        bad("%s: %s", path,
-            error == EEXIST ? "it is there already, and is left as it is" : std::strerror(error));
-        return false;
+        return tool_bad("%s: %s", path,
+                        error == EEXIST ? "it is there already, and is left as it is"
+                                        : std::strerror(error));
     }
     std::fclose(file);
     return true;
@@ -265,16 +267,16 @@ int command_dump(char** words, int count)
     MazeGame game;
     size_t size = 0;
     if (count != 2) {
-        return bad("dump takes a saved world and a new file (--help tells more)");
+        tool_bad("dump takes a saved world and a new file (--help tells more)");
+        return EXIT_BAD;
     }
-    if (!readworld(words[0], &game, &size)) {
+    if (!tool_readworld(words[0], &game, &size)) {
         return EXIT_BAD;
     }
     bool whole = makenew(words[1]);
     if (whole && Maze_dump(game.root, words[1], words[0], MAZE_DUMP_ALL) < 0) {
         std::remove(words[1]);
-        bad("%s: it could not be written whole, and is removed", words[1]);
-        whole = false;
+        whole = tool_bad("%s: it could not be written whole, and is removed", words[1]);
     }
     MazeGame_free(&game);
     return whole ? EXIT_DONE : EXIT_BAD;

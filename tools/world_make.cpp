@@ -1,3 +1,4 @@
+#include "base/numbers.h"
 #include "base/rnd.h"
 #include "generate/makemaze.h"
 #include "generate/stencils.h"
@@ -5,7 +6,6 @@
 #include "model/savefile.h"
 #include "world.h"
 
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 
@@ -21,18 +21,9 @@ struct MakeOptions {
     bool digest;
 };
 
-// Reads a whole word as a decimal number; false if it is anything else or larger than `most`.
-static bool readnumber(const char* word, u32 most, u32* out)
-{
-    const char* const end = word + std::strlen(word);
-    const std::from_chars_result result = std::from_chars(word, end, *out);
-    return result.ec == std::errc() && result.ptr == end && *out <= most;
-}
-
 static bool twice(const char* name)
 {
-    bad("%s is given twice", name);
-    return false;
+    return tool_bad("%s is given twice", name);
 }
 
 static bool takeseed(MakeOptions* options, const char* value)
@@ -40,39 +31,28 @@ static bool takeseed(MakeOptions* options, const char* value)
     if (options->seeded) {
         return twice("--seed");
     }
-    options->seeded = readnumber(value, 0xFFFFFFFF, &options->seed);
-    if (!options->seeded) {
-        bad("--seed takes a whole number from 0 to 4294967295, not '%s'", value);
-    }
-    return options->seeded;
+    options->seeded = true;
+    return number_u32(value, &options->seed) ||
+           tool_bad("--seed takes a whole number from 0 to 4294967295, not '%s'", value);
 }
 
 static bool takemode(MakeOptions* options, const char* value)
 {
-    u32 mode = 0;
     if (options->mode != NOT_GIVEN) {
         return twice("--mode");
     }
-    if (!readnumber(value, MODES - 1, &mode)) {
-        bad("--mode takes 0, 1 or 2, not '%s'", value);
-        return false;
-    }
-    options->mode = static_cast<i32>(mode);
-    return true;
+    return number_i32(value, 0, MODES - 1, &options->mode) ||
+           tool_bad("--mode takes 0, 1 or 2, not '%s'", value);
 }
 
 static bool takekind(MakeOptions* options, const char* value)
 {
-    u32 kind = 0;
     if (options->kind != NOT_GIVEN) {
         return twice("--kind");
     }
-    if (!readnumber(value, MAKEMAZE_KINDS - 1, &kind)) {
-        bad("--kind takes a whole number from 0 to %d, not '%s'", MAKEMAZE_KINDS - 1, value);
-        return false;
-    }
-    options->kind = static_cast<i32>(kind);
-    return true;
+    return number_i32(value, 0, MAKEMAZE_KINDS - 1, &options->kind) ||
+           tool_bad("--kind takes a whole number from 0 to %d, not '%s'", MAKEMAZE_KINDS - 1,
+                    value);
 }
 
 static bool takeout(MakeOptions* options, const char* value)
@@ -81,8 +61,7 @@ static bool takeout(MakeOptions* options, const char* value)
         return twice("--out");
     }
     if (*value == 0) {
-        bad("--out takes the name of a file");
-        return false;
+        return tool_bad("--out takes the name of a file");
     }
     options->out = value;
     return true;
@@ -114,32 +93,28 @@ static int takeoption(MakeOptions* options, char** words, int count)
             continue;
         }
         if (count < 2 || std::strncmp(words[1], "--", 2) == 0) { // the value was forgotten
-            bad("%s needs a value", words[0]);
+            tool_bad("%s needs a value", words[0]);
             return 0;
         }
         return option.take(options, words[1]) ? 2 : 0;
     }
-    bad("make knows no %s (--help tells more)", words[0]);
+    tool_bad("make knows no %s (--help tells more)", words[0]);
     return 0;
 }
 
 static bool complete(const MakeOptions* options)
 {
     if (!options->seeded) {
-        bad("make needs --seed (--help tells more)");
-        return false;
+        return tool_bad("make needs --seed (--help tells more)");
     }
     if (options->mode == NOT_GIVEN) {
-        bad("make needs --mode (--help tells more)");
-        return false;
+        return tool_bad("make needs --mode (--help tells more)");
     }
     if (options->kind != NOT_GIVEN && options->mode != 0) {
-        bad("--kind goes with --mode 0 only: the other modes have no kinds");
-        return false;
+        return tool_bad("--kind goes with --mode 0 only: the other modes have no kinds");
     }
     if (options->out == nullptr && !options->digest) {
-        bad("make needs --out, --digest or both (--help tells more)");
-        return false;
+        return tool_bad("make needs --out, --digest or both (--help tells more)");
     }
     return true;
 }
@@ -160,11 +135,7 @@ static bool takeoptions(MakeOptions* options, char** words, int count)
 static bool savegame(const MazeGame* game, const char* path)
 {
     char why[SAVE_WHY];
-    const bool saved = MazeGame_save(game, path, why);
-    if (!saved) {
-        bad("%s: %s", path, why);
-    }
-    return saved;
+    return MazeGame_save(game, path, why) || tool_bad("%s: %s", path, why);
 }
 
 int command_make(char** words, int count)

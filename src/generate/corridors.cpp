@@ -15,7 +15,6 @@
 
 #include <bit>
 #include <cstring>
-#include <utility>
 
 enum { SEARCH_TRIES = 20 };
 

@@ -11,7 +11,7 @@
 u8* picture_read(i32 width, i32 height);
 
 /// Writes 8-bit RGB pixels (rows from the top, no padding) as a PNG that replaces a file at `path`
-/// whole. False if that failed, with `why` (5000 chars) telling what happened; an old file then
+/// whole. False if that failed, with `why` (WHOLEFILE_WHY chars) telling what happened; an old file then
 /// stands.
 bool picture_write_png(const char* path, const u8* rgb, i32 width, i32 height, char* why);
 

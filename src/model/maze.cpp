@@ -5,7 +5,6 @@
 #include "model/attachment.h"
 #include "model/drawsphere.h"
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

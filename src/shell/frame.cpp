@@ -1,6 +1,7 @@
 #include "shell/frame.h"
 
 #include "base/clock.h"
+#include "base/numbers.h"
 #include "base/report.h"
 #include "base/rnd.h"
 #include "base/vec3.h"
@@ -18,7 +19,6 @@
 #include "scene/view.h"
 #include "shell/hud.h"
 #include "shell/lastsave.h"
-#include "shell/numbers.h"
 
 #include <GL/gl.h>
 

@@ -5,8 +5,9 @@
 // leaves the save of the run before. A fatal report calls exit too, and by intent nothing is saved then.
 //
 // A graphics driver's thread may be the one that calls exit, while the game is being changed. So each
-// change is framed by hold and release, and the save waits for the release. If the main thread calls exit
-// as well meanwhile, that waits for the end of the save.
+// change of the world is framed by hold and release, and the save waits for the release; clock and camera
+// are numbers of which any can be saved, and change outside. If the main thread calls exit as well
+// meanwhile, that waits for the end of the save.
 #pragma once
 
 /// From now on `save` is called once when the process exits, unless a fatal report ends it. It must

@@ -2,7 +2,6 @@
 #include "base/vec3.h"
 
 #include <array>
-#include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
 #include <random>

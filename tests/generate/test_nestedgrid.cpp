@@ -3,7 +3,6 @@
 #include "tests/goldenworld.h"
 #include "tests/sound.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 
 static i32 treecount(const std::vector<Maze*>& mazes)

@@ -15,6 +15,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
+#include <malloc.h>
 #include <png.h>
 #include <string>
 #include <sys/resource.h>
@@ -560,6 +561,27 @@ TEST(screenshot_save, leaves_a_bitmap_of_the_same_name_as_its_fall_back)
     ASSERT_EQ(bytes.size(), 54U + 4 * 16);
     EXPECT_EQ(bytes.substr(54 + 3 * 16, 4), std::string("\0\0\xFF\0", 4)); // the top row is last
     EXPECT_EQ(bytes.substr(54 + 12, 3), std::string("\0\xFF\0", 3));
+}
+
+// Memory that nobody has written is made to hold other bytes than 0 meanwhile, as it may at any time.
+TEST(screenshot_save, pads_the_rows_of_its_fall_back_with_zeros)
+{
+    const i32 width = 641;
+    const i32 height = 100;
+    const size_t stride = 1924;
+    scripted_begin();
+    const ScriptedWindow window(width, height);
+    const Spot place;
+    std::filesystem::create_directory("Corvane_12345.png");
+    timer_now = [] { return 3703.6; };
+    mallopt(M_PERTURB, 0x5A);
+    screenshot_save("Corvane");
+    mallopt(M_PERTURB, 0);
+    const std::string bytes = place.text("Corvane_12345.bmp");
+    ASSERT_EQ(bytes.size(), 54 + height * stride);
+    for (i32 row = 0; row < height; row++) {
+        EXPECT_EQ(bytes[54 + (static_cast<size_t>(row) + 1) * stride - 1], 0) << row;
+    }
 }
 
 TEST(screenshot_save, replaces_a_picture_of_the_same_name)

@@ -3,7 +3,6 @@
 #include "tests/fakes/gl_textures.h"
 #include "tests/stereo_scene.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 

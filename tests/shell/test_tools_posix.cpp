@@ -3,7 +3,6 @@
 #include "tests/shell_session.h"
 #include "tests/textreader.h"
 
-#include <cmath>
 #include <set>
 
 static const char log_heading[] =
@@ -606,6 +605,12 @@ TEST(corvane_shot, writes_the_displays_over_the_picture)
     EXPECT_EQ(written("--hud 1", 0), "Q/Escape = Quit");
     EXPECT_EQ(written("--hud 2", 0), "1:02:03");
     EXPECT_EQ(written("--hud 2", 4 * 16), "0 / 20 nodes visited (0.00%)");
+}
+
+TEST(corvane_shot, leaves_no_trace_of_steps_before_time_0)
+{
+    // five steps: three before time 0, then one at half a second and one at one and a half
+    EXPECT_EQ(written("--hud 2 --clock 1.5 --trail 5", 4 * 16), "2 / 20 nodes visited (10.00%)");
 }
 
 TEST(corvane_play, shows_the_displays_one_by_one)

@@ -1,9 +1,9 @@
 // soak: the whole program for a while under hands that play at random, with every frame looked at; or
 // the same worlds again and again, with what is held in memory measured.
+#include "base/numbers.h"
 #include "base/report.h"
 #include "gfx/gfx_opengl.h"
 #include "gfx/platform/scripted.h"
-#include "shell/numbers.h"
 #include "tests/soak/looks.h"
 #include "tests/soak/ownmemory.h"
 #include "tests/soak/runs.h"
