@@ -131,8 +131,7 @@ static bool outofview(Maze* maze, const ViewRec* view)
         return false;
     }
     const VoronoiCells* const cells = static_cast<VoronoiCells*>(Maze_attachment(maze, "voronoi"));
-    return cells == nullptr ||
-           ViewRec_sphereout(view, cells->centre, cells->radius, view->pixelsize) != 0;
+    return cells == nullptr || view_sphereout(view, cells->centre, cells->radius);
 }
 
 // The lists
