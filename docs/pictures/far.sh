@@ -26,7 +26,7 @@ row discs "${block[@]}" --plot discs
 row balls "${block[@]}" --plot balls
 row gantries "${block[@]}" --plot gantries --light
 row flat "${block[@]}" --plot flat
-row cells "${block[@]}" --voronoi 5
+row cells "${block[@]}" --plot voronoi --voronoi-mode 5
 row grid "${block[@]}" --grid
 row names "${names[@]}"
 row coast "${coast[@]}"

@@ -28,26 +28,20 @@ static const char* const stickfragment[] = {glsl_band_fs};
 static const char* const ballvertex[] = {glsl_agecolour, glsl_disc_vs};
 static const char* const ballfragment[] = {glsl_disc_fs};
 
-static GLint uniform(GLuint program, const char* name)
+static f32 clockof(const MazeGame* game)
 {
-    return gl_entry_points.GetUniformLocation(program, name);
+    return static_cast<f32>(clock_held(game->time));
 }
 
-// Program 0 is the fixed pipeline of an old OpenGL, which has no uniforms.
 static void begin(GLuint program, const MazeGame* game)
 {
     program_use(program);
-    if (program == 0) {
-        return;
-    }
-    f32 projection[16];
-    glGetFloatv(GL_PROJECTION_MATRIX, projection);
-    const GlEntryPoints* const gl = &gl_entry_points;
-    gl->UniformMatrix4fv(uniform(program, "proj"), 1, GL_FALSE, projection);
-    gl->Uniform3f(uniform(program, "o"), static_cast<f32>(game->campos[0]),
-                  static_cast<f32>(game->campos[1]), static_cast<f32>(game->campos[2]));
-    gl->Uniform1f(uniform(program, "t"), static_cast<f32>(game->time));
-    gl->Uniform1i(uniform(program, "showtrail"), game->showtrail);
+    projection_set(program);
+    f64 eye[3];
+    MazeGame_eye(eye, game);
+    uniform_vec3(program, "o", eye);
+    uniform_f32(program, "t", clockof(game));
+    uniform_i32(program, "showtrail", game->showtrail);
 }
 
 // A quad by a call a vertex. One call with an array of vertices compiles to the same list, but
@@ -184,7 +178,7 @@ static void drawcursor(const MazeGame* game)
     f64 centre[3];
     f64 radius;
     MazeGame_viewpos_radius(centre, game, &radius);
-    const f32 white[4] = {1, 1, 1, static_cast<f32>(game->time)};
+    const f32 white[4] = {1, 1, 1, clockof(game)};
     glBegin(GL_QUADS);
     emitdisc(white, centre, radius);
     glEnd();

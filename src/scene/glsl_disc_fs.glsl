@@ -1,6 +1,7 @@
 #version 120
 // Dark core, light rim and thin dark outline of a disc, mixed in linear light.
 uniform mat4 proj; // the projection
+varying vec3 c;
 varying float r;
 varying float oz;
 varying vec3 pos;
@@ -22,7 +23,7 @@ void main()
     // A rough size of a pixel, steadier than the derivative of the distance. The plane of a disc seen
     // along the x axis has no slope in x: the steps are then sharp.
     float rpix = max(length(vec2(dFdx(pos.x), dFdy(pos.x))), 1e-30);
-    float d = length(pos);
+    float d = length(pos - c);
     float z = oz;
     if (d < 0.6 * r - 0.5 * rpix) {
         z += 1.5 * r; // the core stands toward the viewer

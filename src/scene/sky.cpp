@@ -1,7 +1,6 @@
 #include "scene/sky.h"
 
 #include "gfx/gl/shaderprocs.h"
-#include "scene/view.h"
 
 #include <GL/gl.h>
 
@@ -36,16 +35,26 @@ static void emitcube()
     }
 }
 
-void sky_draw(MazeGame* game, const LightRec* light)
+// Moves the world so that the eye of this view is its origin, whatever single precision has lost of the
+// eye's place, and however far the eyes of a pair stand apart: the dome is far behind all.
+static void centre()
+{
+    f32 modelview[16];
+    glGetFloatv(GL_MODELVIEW_MATRIX, modelview);
+    for (i32 i = 14; i >= 12; i--) {
+        modelview[i] = 0.0F;
+    }
+    glLoadMatrixf(modelview);
+}
+
+void sky_draw(MazeGame* /*game*/, const LightRec* light)
 {
     if (sky_program == 0) {
         sky_program = program_make_fragment(glsl_sky_fs, nullptr, nullptr);
     }
     program_use(sky_program);
-    f64 eye[3];
-    MazeGame_eye(eye, game);
     glPushMatrix();
-    glTranslated(eye[0], eye[1], eye[2]);
+    centre();
     glDisable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
     glColor3fv(light->skygrey);

@@ -4,6 +4,6 @@
 #include "model/gamerec.h"
 #include "scene/light.h"
 
-/// Paints the sky in all directions, around the eye, in the brightness of the daylight. Touches no depth;
-/// depth test and depth writing are on afterwards. Makes its program on first use.
+/// Paints the sky in all directions, around the eye of the model-view, in the brightness of the daylight.
+/// Touches no depth; depth test and depth writing are on afterwards. Makes its program on first use.
 void sky_draw(MazeGame* game, const LightRec* light);

@@ -1,5 +1,6 @@
 #include "scene/view.h"
 
+#include "base/vec3.h"
 #include "gfx/gfx_opengl.h"
 #include "model/drawsphere.h"
 
@@ -61,10 +62,40 @@ void MazeGame_applyview(MazeGame* game)
     ViewRec_get(&game->view);
 }
 
+// Whether a sphere lies wholly beyond the side of the view where the clip coordinate of `row` is -w, or w
+// for a `sign` of -1.
+static bool beyondside(const ViewRec* view, i32 row, f64 sign, const f64 centre[3], f64 radius)
+{
+    f64 side[4];
+    for (i32 i = 3; i >= 0; i--) {
+        side[i] = view->clip[3][i] + sign * view->clip[row][i];
+    }
+    return vec3_dot(side, centre) + side[3] < -radius * vec3_length(side);
+}
+
+// The test of ViewRec_sphereout by the frustum as it is.
+static bool outsidefrustum(const ViewRec* view, const f64 centre[3], f64 radius)
+{
+    const f64* const m = view->modelview;
+    const f64 ahead = -(m[2] * centre[0] + m[6] * centre[1] + m[10] * centre[2] + m[14]);
+    if (ahead + radius < view->near || ahead - radius > view->far ||
+        radius < ahead * view->pixelsize) {
+        return true;
+    }
+    return beyondside(view, 0, 1.0, centre, radius) || beyondside(view, 0, -1.0, centre, radius) ||
+           beyondside(view, 1, 1.0, centre, radius) || beyondside(view, 1, -1.0, centre, radius);
+}
+
+bool view_sphereout(const ViewRec* view, const f64 centre[3], f64 radius)
+{
+    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0 &&
+           outsidefrustum(view, centre, radius);
+}
+
 bool Maze_outofview(Maze* maze, const ViewRec* view)
 {
     f64 centre[3];
     f64 radius;
     Maze_drawsphere(maze, centre, &radius);
-    return ViewRec_sphereout(view, centre, radius, view->pixelsize) != 0;
+    return view_sphereout(view, centre, radius);
 }

@@ -16,6 +16,10 @@ void view_install();
 /// finite values. Then captures `game->view`.
 void MazeGame_applyview(MazeGame* game);
 
+/// Whether a sphere need not be drawn: by ViewRec_sphereout, which takes the sides of the view for even, and
+/// by the sides as they are, which for an eye of a stereo pair are skewed.
+bool view_sphereout(const ViewRec* view, const f64 centre[3], f64 radius);
+
 /// Whether a level, with all below it, need not be drawn: its draw sphere is out of the view that the game
 /// has captured, or smaller than a pixel.
 bool Maze_outofview(Maze* maze, const ViewRec* view);

@@ -34,7 +34,8 @@ void lights_fixed()
 
 // The cursor
 
-// Whether a disc of this size in pixels about a point of the world is off the window.
+// Whether a disc of this size in pixels about a point of the world is off the window. Counted from the
+// corner of the viewport: of two screens the second has its own at the far end of the first.
 static bool offwindow(const f64 p[3], f64 size)
 {
     f64 modelview[16];
@@ -43,6 +44,8 @@ static bool offwindow(const f64 p[3], f64 size)
     glGetDoublev(GL_MODELVIEW_MATRIX, modelview);
     glGetDoublev(GL_PROJECTION_MATRIX, projection);
     glGetIntegerv(GL_VIEWPORT, viewport);
+    viewport[0] = 0;
+    viewport[1] = 0;
     f64 x = 0;
     f64 y = 0;
     gfx_project(p[0], p[1], p[2], &x, &y, nullptr, modelview, projection, viewport);
@@ -128,8 +131,7 @@ static bool outofview(Maze* maze, const ViewRec* view)
         return false;
     }
     const VoronoiCells* const cells = static_cast<VoronoiCells*>(Maze_attachment(maze, "voronoi"));
-    return cells == nullptr ||
-           ViewRec_sphereout(view, cells->centre, cells->radius, view->pixelsize) != 0;
+    return cells == nullptr || view_sphereout(view, cells->centre, cells->radius);
 }
 
 // The lists

@@ -1,4 +1,5 @@
 #include "generate/grids.h"
+#include "gfx/stereo.h"
 #include "model/pos.h"
 #include "scene/ballstick.h"
 #include "scene/lists.h"
@@ -392,6 +393,24 @@ TEST(sphere_lists, takes_the_pixel_test_by_the_draw_sphere_too)
     const f64 target[3] = {10, 100, 0};
     look_at(&line.game, eye, target);
     EXPECT_EQ(calls_in_draw(&line.game, "glCallList"), 6);
+}
+
+TEST(sphere_lists, leaves_out_nothing_that_a_skewed_frustum_shows_beside_the_even_one)
+{
+    picture_open();
+    gfx_resize(200, 150);
+    World world;
+    for (const f64 x : {-11.0, 11.0}) { // the even view ends at 10
+        Maze* const sub = add_sub(world.root, world.node(x, 0, -10, 0.3));
+        add_node(sub, x, 0, -10, 0.3);
+    }
+    finish_world(world.root);
+    picture_begin(&world.game);
+    stereo_draw_split(scene_draw, &world.game, 0, 0, -0.2, STEREO_SIDEBYSIDE);
+    const Picture picture = picture_take();
+    EXPECT_FALSE(picture.black(5, 75));   // of the left eye's half, from 0 to 99
+    EXPECT_FALSE(picture.black(194, 75)); // of the right eye's
+    gfx_resize(640, 480);
 }
 
 TEST(sphere_balls, end_with_a_white_disc_of_age_0_where_the_player_is_seen)

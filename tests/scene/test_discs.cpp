@@ -194,6 +194,17 @@ TEST(disc, is_as_large_beside_the_x_axis_as_on_it)
     }
 }
 
+TEST(disc, faces_the_camera_where_the_eye_is_no_number)
+{
+    open_small();
+    World world;
+    world.node(2, 1, -10, 2);
+    const Picture expected = world.draw();
+    EXPECT_GT(expected.painted(), 0);
+    world.game.campos[0] = std::nan(""); // the camera stands at 0 then
+    EXPECT_EQ(world.draw().bytes, expected.bytes);
+}
+
 TEST(disc, draws_nothing_around_an_eye_on_its_centre)
 {
     open_small();

@@ -1,5 +1,6 @@
 #include "generate/carve.h"
 #include "generate/grids.h"
+#include "gfx/stereo.h"
 #include "scene/cells.h"
 #include "scene/voronoi.h"
 #include "tests/fakes/gl_count.h"
@@ -242,6 +243,30 @@ TEST_F(voronoi_plot_on_the_screen, hangs_the_cursor_over_the_players_place)
     map.game.pos.node = 6;
     const Picture picture = map.drawmode(1);
     expectgrey(map.at(picture, -1, -1, -9.7), 1);
+}
+
+TEST_F(voronoi_plot_on_the_screen, hangs_the_cursor_on_both_of_two_screens)
+{
+    Map map;
+    map.game.pos.node = 6;
+    voronoi_mode = 0;
+    finish_world(map.root);
+    for (const i32 vertical : {0, 1}) {
+        picture_begin(&map.game);
+        stereo_draw_two_screens(scene_draw, &map.game, 0, vertical, 0, 0);
+        const Picture picture = picture_take();
+        const i32 dx = vertical != 0 ? 0 : 160;
+        const i32 dy = vertical != 0 ? 120 : 0;
+        i32 white = 0;
+        for (i32 y = dy; y < 240; y++) {
+            for (i32 x = dx; x < 320; x++) {
+                const Rgb found = picture.at(x, y);
+                EXPECT_EQ(found.r, picture.at(x - dx, y - dy).r) << x << " " << y;
+                white += found.r == 1 ? 1 : 0;
+            }
+        }
+        EXPECT_GT(white, 0) << vertical;
+    }
 }
 
 // Discs

@@ -47,9 +47,12 @@ struct Style {
 };
 
 static const Style styles[] = {
-    {"discs", "--plot discs ", 0.2, 0.5},     {"gantries", "--plot gantries ", 2.5, 13.0},
-    {"balls", "--plot balls ", 0.8, 4.0},     {"flat", "--plot flat ", 1.5, 10.0},
-    {"voronoi 0", "--voronoi 0 ", 2.5, 18.0}, {"voronoi 5", "--voronoi 5 ", 4.0, 18.0},
+    {"discs", "--plot discs ", 0.2, 0.5},
+    {"gantries", "--plot gantries ", 2.5, 13.0},
+    {"balls", "--plot balls ", 0.8, 4.0},
+    {"flat", "--plot flat ", 1.5, 10.0},
+    {"voronoi 0", "--plot voronoi --voronoi-mode 0 ", 2.5, 18.0},
+    {"voronoi 5", "--plot voronoi --voronoi-mode 5 ", 4.0, 18.0},
 };
 
 TEST(far_picture, is_that_of_the_origin_a_hundred_thousand_units_out)

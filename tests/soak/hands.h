@@ -9,7 +9,6 @@
 struct Hands {
     std::mt19937 dice;
     bool nested;       // N with one of Shift and Ctrl, a world of millions of nodes, is wanted now
-    i32 frame;         // the last one played for, in this session
     i32 keyup[256];    // frame in which a held key is let go, 0: it isn't held
     i32 buttonup[17];  // the same, by the button's mask
     i32 restoring;     // frame in which the minimised window comes back, 0: it isn't minimised

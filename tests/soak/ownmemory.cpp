@@ -1,7 +1,6 @@
 #include "tests/soak/ownmemory.h"
 
 #include <cstdio>
-#include <malloc.h>
 #include <unistd.h>
 
 OwnMemory own_memory;
@@ -23,7 +22,6 @@ static void take(void* block)
 {
     if (block != nullptr) {
         own_memory.blocks++;
-        own_memory.bytes += static_cast<std::ptrdiff_t>(malloc_usable_size(block));
     }
 }
 
@@ -31,7 +29,6 @@ static void give(void* block)
 {
     if (block != nullptr) {
         own_memory.blocks--;
-        own_memory.bytes -= static_cast<std::ptrdiff_t>(malloc_usable_size(block));
     }
 }
 

@@ -7,7 +7,6 @@
 
 struct OwnMemory {
     std::ptrdiff_t blocks; // allocated and not yet freed
-    std::ptrdiff_t bytes;  // that they take
 };
 extern OwnMemory own_memory;
 

@@ -147,10 +147,16 @@ static void takepictures()
     }
 }
 
-// Looks the world through now and then, and in each frame in which it may have become another.
-static void lookworld(const Maze* before, i32 frame)
+// Whether the frame to come makes another world of this one. Ask before it: at its end it takes the keys of
+// the next.
+static bool changesworld()
 {
-    const bool changed = driver.game.root != before || key_pressed('K');
+    return key_pressed('N') || key_pressed('K');
+}
+
+// Looks the world through now and then, and after each frame that has made another of it.
+static void lookworld(bool changed, i32 frame)
+{
     if (changed || frame % SOUND_EVERY == 0) {
         seen.soundlooks += look_at_world(&driver.game) ? 1 : 0;
         const i32 nodes = world_nodes(driver.game.root);
@@ -180,12 +186,12 @@ static std::string playrun(Hands* hands, i32 frames, f64 until)
         } else {
             askend(hands, frame);
         }
-        const Maze* const before = driver.game.root;
+        const bool changed = changesworld();
         goes = timedframe();
-        if (driver.game.root != before || frame % 4 == 0) {
+        if (frame % 4 == 0) {
             takepictures();
         }
-        lookworld(before, frame);
+        lookworld(changed, frame);
     }
     takepictures();
     return game_told(&driver.game);
