@@ -216,7 +216,8 @@ void screenshot_save(const char* prefix)
     shotname(path, prefix);
     const size_t bytes =
         static_cast<size_t>(bitmap_stride(gfx_width)) * static_cast<size_t>(gfx_height);
-    u8* const pixels = static_cast<u8*>(std::malloc(bytes + 1)); // a window may have no width
+    // cleared, as nothing is read into the ends of rows; a window may have no width
+    u8* const pixels = static_cast<u8*>(std::calloc(bytes + 1, 1));
     if (pixels == nullptr) {
         tell("The picture is not saved in", path, "There is no memory for it.");
         return;
