@@ -14,6 +14,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
+#include <malloc.h>
 #include <png.h>
 #include <string>
 #include <sys/resource.h>
@@ -559,6 +560,23 @@ TEST(screenshot_save, leaves_a_bitmap_of_the_same_name_as_its_fall_back)
     ASSERT_EQ(bytes.size(), 54U + 4 * 16);
     EXPECT_EQ(bytes.substr(54 + 3 * 16, 4), std::string("\0\0\xFF\0", 4)); // the top row is last
     EXPECT_EQ(bytes.substr(54 + 12, 3), std::string("\0\xFF\0", 3));
+}
+
+TEST(screenshot_save, ends_the_rows_of_a_bitmap_with_zeros_whatever_memory_held)
+{
+    scripted_begin();
+    const ScriptedWindow window(101, 40);
+    const Place place;
+    std::filesystem::create_directory("Corvane_00001.png");
+    timer_now = [] { return 0.31; };
+    mallopt(M_PERTURB, 0x5A); // what malloc gives holds 0xA5
+    screenshot_save("Corvane");
+    mallopt(M_PERTURB, 0);
+    const std::string bytes = place.text("Corvane_00001.bmp");
+    ASSERT_EQ(bytes.size(), 54U + 40 * 304);
+    for (size_t row = 0; row < 40; row++) {
+        EXPECT_EQ(bytes[54 + 304 * row + 303], 0);
+    }
 }
 
 TEST(screenshot_save, replaces_a_picture_of_the_same_name)
