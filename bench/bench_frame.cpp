@@ -17,16 +17,7 @@
 
 #include "bench/measure.h"
 #include <benchmark/benchmark.h>
-#include <ctime>
 #include <vector>
-
-// Time that this thread has computed, without waits for others.
-static f64 own_seconds()
-{
-    timespec time;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<f64>(time.tv_sec) + static_cast<f64>(time.tv_nsec) * 1e-9;
-}
 
 static MazeGame grid_game(i32 nx, i32 ny)
 {

@@ -5,17 +5,9 @@
 #include "bench/measure.h"
 #include "bench/styles.h"
 #include <benchmark/benchmark.h>
-#include <ctime>
 #include <vector>
 
 enum { FRAMES = 7 };
-
-static f64 own_seconds()
-{
-    timespec time;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<f64>(time.tv_sec) + static_cast<f64>(time.tv_nsec) * 1e-9;
-}
 
 static f64 time_of_frame(const Style& style, MazeGame* game, std::vector<f64>* painted)
 {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <vector>
 
 /// Opens a window of the scripted back end, once.
@@ -26,6 +27,14 @@ inline void open_window()
 inline f64 seconds()
 {
     return std::chrono::duration<f64>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+/// Time that this thread has computed, without waits for others.
+inline f64 own_seconds()
+{
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<f64>(time.tv_sec) + static_cast<f64>(time.tv_nsec) * 1e-9;
 }
 
 /// The middle one of the values; there must be one.

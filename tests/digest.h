@@ -1,25 +1,10 @@
-// Digests and counts of a tree of mazes, in the form that tests/golden/worlds.txt tells.
+// What tests/golden/worlds.txt tells of a tree of mazes: its digest, and counts by level.
 #pragma once
 
 #include "model/digest.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
-
-struct Digest {
-    std::uint64_t hash = DIGEST_START;
-};
-
-inline void digest_graph(Digest* digest, const Maze* maze)
-{
-    digest->hash = Maze_digestgraph(digest->hash, maze);
-}
-
-inline void digest_place(Digest* digest, const Maze* maze)
-{
-    digest->hash = Maze_digestplace(digest->hash, maze);
-}
 
 struct LevelCounts {
     i32 mazes = 0;

@@ -82,6 +82,12 @@ struct FontTable {
     }
 };
 
+/// Whether the typeface has a glyph for a code.
+inline bool has_glyph(i32 code)
+{
+    return (code >= 33 && code <= 126) || code == 163 || code == 166 || code == 172;
+}
+
 inline FontSpec parsed_spec(const char* description)
 {
     FontSpec spec;

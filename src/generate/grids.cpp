@@ -53,15 +53,6 @@ Maze* grid_red(i32 i)
     return maze;
 }
 
-static void colourslots(MazeNode* node, i32 target, u32 colour)
-{
-    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
-        if (node->edges[i] == target) {
-            node->edgerec[i].colour = colour;
-        }
-    }
-}
-
 // Removes a node's edges to a target, which is left alone. The submaze isn't told.
 static void forget(MazeNode* node, i32 target)
 {
@@ -84,8 +75,8 @@ static void redirect(Maze* maze, i32 i, i32 slot, i32 target)
     node->edges[slot] = target;
     slots_add(end, i);
     const u32 colour = node->edgerec[slot].colour;
-    colourslots(node, target, colour);
-    colourslots(end, i, colour);
+    slots_colour(node, target, colour);
+    slots_colour(end, i, colour);
 }
 
 // Moves the edges of a kept node i from the nodes that go to those that replace them. `map` holds the

@@ -15,5 +15,5 @@ void MazeGame_generate(MazeGame* game, i32 mode);
 enum { MAKEMAZE_KINDS = 13 };
 
 /// Replaces the kind that the next random worlds draw, after its draw has been made; -1 (as at the
-/// start): the drawn kind stands. A kind without a builder is kind 0. For tools and tests.
+/// start): the drawn kind stands. A number that no kind has counts as 0. For tools and tests.
 extern i32 makemaze_forced_kind;

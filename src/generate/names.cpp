@@ -1,5 +1,7 @@
 #include "generate/names.h"
 
+#include "base/str.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,17 +22,23 @@ static char* joined(const char* path, const char* last)
     return text;
 }
 
+char* Maze_subname(const Maze* maze, i32 number)
+{
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%02d", number);
+    return joined(maze->name, digits);
+}
+
 // The name of the c-th submaze of a maze.
 static char* numbered(const Maze* maze, i32 c)
 {
-    char number[16];
     if (maze->name != nullptr) {
-        std::snprintf(number, sizeof number, "%02d", c);
-        return joined(maze->name, number);
+        return Maze_subname(maze, c);
     }
-    const i32 length = std::snprintf(number, sizeof number, "%d", c);
-    char* const text = static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1));
-    std::memcpy(text, number, static_cast<size_t>(length) + 1);
+    char number[16];
+    std::snprintf(number, sizeof number, "%d", c);
+    char* text;
+    str_new(&text, number);
     return text;
 }
 

@@ -19,6 +19,6 @@ Maze* sphere_maze(f64 radius);
 /// antipode of node 0. Edges are doubled where a size is 2, and lead back to their node where it is 1.
 Maze* torus_maze(f64 major, f64 minor);
 
-/// Moebius strip of trunc(2 pi radius) by trunc(2 halfwidth + 1) nodes, the last node opposite to
-/// node 0.
+/// Moebius strip of trunc(2 pi radius), raised to 1, by trunc(2 halfwidth + 1) nodes, the last node
+/// opposite to node 0. Empty if the second number is below 1.
 Maze* moebius_maze(f64 radius, f64 halfwidth);

@@ -1,5 +1,5 @@
-// Filling the slots of a node before it is appended to its maze, with the numbers that its neighbours
-// will have.
+// The slots of a node as they stand: filled before it is appended to its maze, with the numbers that its
+// neighbours will have, and coloured.
 #pragma once
 
 #include "model/maze.h"
@@ -18,5 +18,15 @@ inline void slots_addif(MazeNode* node, bool exists, i32 neighbour)
 {
     if (exists) {
         slots_add(node, neighbour);
+    }
+}
+
+/// Gives all edges from a node to `neighbour` a colour, in this direction alone.
+inline void slots_colour(MazeNode* node, i32 neighbour, u32 colour)
+{
+    for (i32 i = static_cast<i32>(node->nedges) - 1; i >= 0; i--) {
+        if (node->edges[i] == neighbour) {
+            node->edgerec[i].colour = colour;
+        }
     }
 }

@@ -3,6 +3,7 @@
 #include "base/report.h"
 #include "base/rnd.h"
 #include "generate/grids.h"
+#include "generate/names.h"
 #include "generate/rings.h"
 #include "generate/tilings.h"
 #include "model/attachment.h"
@@ -11,7 +12,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 
 enum { STENCIL_TYPES = 13 };
 
@@ -165,16 +165,6 @@ Maze* recursify_stencil(f64 s, Pos where)
     return maze;
 }
 
-// An owned text: a name, a point, and two digits or more.
-static char* placename(const char* name, i32 node)
-{
-    const i32 length = std::snprintf(nullptr, 0, "%s.%02d", name, node);
-    const size_t size = static_cast<size_t>(length) + 1;
-    char* const text = static_cast<char*>(std::malloc(size));
-    std::snprintf(text, size, "%s.%02d", name, node);
-    return text;
-}
-
 Maze* recursify_stencil_scaled(f64 s, Pos where)
 {
     f64 k = 1.0;
@@ -191,8 +181,7 @@ Maze* recursify_stencil_scaled(f64 s, Pos where)
         }
     }
     if (where.maze != nullptr && where.maze->name != nullptr) {
-        std::free(maze->name);
-        maze->name = placename(where.maze->name, where.node);
+        maze->name = Maze_subname(where.maze, where.node);
     }
     return maze;
 }

@@ -18,7 +18,8 @@ void recursify(Maze* maze, f64 p, f64 s, StencilFunction stencil);
 Maze* recursify_stencil(f64 s, Pos where);
 
 /// A random stencil of span s for a node that expands late, in steps of its own spacing; its nodes are
-/// expandable unless s is below 16. Named by its place where the maze there has a name.
+/// expandable unless s is below 16. Named by its place where the maze there has a name. Two draws from 16
+/// on, those of recursify_stencil, and two a node.
 Maze* recursify_stencil_scaled(f64 s, Pos where);
 
 /// Direction of a node's edges in the plane, radians, taken modulo a k-fold symmetry (the circular

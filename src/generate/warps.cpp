@@ -1,5 +1,7 @@
 #include "generate/warps.h"
 
+#include "generate/slots.h"
+
 #include <cmath>
 
 static f64 clamped(f64 v)
@@ -48,15 +50,6 @@ static u32 edgecolour(const MazeNode* a, const MazeNode* b)
     return colour;
 }
 
-static void colourslots(MazeNode* node, i32 target, u32 colour)
-{
-    for (i32 slot = static_cast<i32>(node->nedges) - 1; slot >= 0; slot--) {
-        if (node->edges[slot] == target) {
-            node->edgerec[slot].colour = colour;
-        }
-    }
-}
-
 void Maze_setcolourdeep(Maze* maze, u32 colour, bool recursive)
 {
     Maze_setcolour(maze, colour);
@@ -80,7 +73,7 @@ static void paintedges(Maze* maze, i32 i)
         if (target <= i) {
             MazeNode* const end = Maze_node(maze, target);
             node->edgerec[slot].colour = edgecolour(node, end);
-            colourslots(end, i, node->edgerec[slot].colour);
+            slots_colour(end, i, node->edgerec[slot].colour);
         }
     }
 }

@@ -1,6 +1,7 @@
 // Passes over a finished tree: colours, bends of space, the final spread. None changes a graph or
 // draws random numbers; none but Maze_invert touches radii, and none but Maze_spread corrects the
-// bounds. Attachments and draw spheres are the caller's.
+// bounds. With `recursive` a pass goes through all levels below. Attachments and draw spheres are the
+// caller's.
 #pragma once
 
 #include "model/maze.h"
@@ -11,7 +12,7 @@ u32 rgb_pack(f64 r, f64 g, f64 b);
 /// Colour of a point, a channel an axis: (1 + sin(c / 10)) / 4.
 u32 place_colour(const f64 p[3]);
 
-/// One colour for all nodes and edges; with `recursive` of all levels.
+/// One colour for all nodes and edges.
 void Maze_setcolourdeep(Maze* maze, u32 colour, bool recursive);
 
 /// Colours all levels by place: a node by its position, an edge by its midpoint. Trusts that edges are

@@ -3,12 +3,13 @@
 #include "base/clock.h"
 #include "base/growarray.h"
 #include "base/report.h"
+#include "gfx/gl/shaderprocs.h"
 #include "gfx/projection.h"
+#include "gfx/textures.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
 
-#include <cstdlib>
 #include <cstring>
 
 const Platform* platform;
@@ -156,31 +157,10 @@ static void tellfailure(PlatformOpen result)
     }
 }
 
-// Whether a word of a blank-separated list is `name`.
-static bool listed(const char* list, const char* name)
-{
-    const size_t length = std::strlen(name);
-    for (const char* at = list; (at = std::strstr(at, name)) != nullptr; at += length) {
-        const bool begins = at == list || at[-1] == ' ';
-        if (begins && (at[length] == ' ' || at[length] == 0)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // Drivers without seamless cube maps would leave an error behind.
 static bool knowsseamless()
 {
-    const char* version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
-    const char* extensions = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
-    if (version == nullptr) {
-        return false;
-    }
-    if (static_cast<f32>(std::atof(version)) >= 3.2F) {
-        return true;
-    }
-    return extensions != nullptr && listed(extensions, "GL_ARB_seamless_cube_map");
+    return gl_version() >= 3.2F || gl_hasextension("GL_ARB_seamless_cube_map");
 }
 
 static void firststate()

@@ -37,13 +37,14 @@ enum MouseButton : u32 {
 
 /// Client size in pixels; before the window is open the request: (w, h), (0, 0) the primary display,
 /// (0, n) display n from 1 on, (-1, below 1) all displays, (-1, mask) those whose bits are set.
-/// Written by gfx_open and gfx_resize.
+/// Written by the settings, gfx_open and gfx_resize, and for as long as they draw by the drivers of two
+/// screens (stereo.h) and of offscreen pictures (offscreen.h).
 extern i32 gfx_width, gfx_height;
 
 extern bool windowed;                  // a window with a frame; set before gfx_open
 extern i32 fullscreen_x, fullscreen_y; // added to the position in full screen; set before gfx_open
 extern u8 key_now[512], key_before[512]; // by virtual key code; written by gfx_open and gfx_pump
-extern u32 mouse_buttons, mouse_buttons_before; // masks of MouseButton; written by gfx_pump
+extern u32 mouse_buttons, mouse_buttons_before; // masks of MouseButton; written as the keys are
 extern i32 mouse_x, mouse_y;                    // last pointer position, client pixels
 extern i32 gfx_quit;                            // the window has been closed
 extern i32 minimising;                          // Alt+Tab in full screen is being carried out

@@ -1,7 +1,7 @@
 // Pictures of the window as files: PNG, and the Windows bitmap where a PNG can't be written.
 //
-// A file is replaced whole or not at all. What can't be written is told on standard output and ends
-// nothing.
+// A file is replaced whole or not at all. What can't be written is told by a notice (base/report.h) and
+// ends nothing.
 #pragma once
 
 #include "base/types.h"

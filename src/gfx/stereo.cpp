@@ -3,6 +3,7 @@
 #include "base/report.h"
 #include "gfx/gfx_opengl.h"
 #include "gfx/projection.h"
+#include "gfx/textures.h"
 
 #include <GL/gl.h>
 
@@ -102,15 +103,6 @@ static void drawplain(SceneFn scene, MazeGame* game)
 
 // The copies of the window
 
-static i32 powerabove(i32 size)
-{
-    i32 power = 1;
-    while (power < size) {
-        power *= 2;
-    }
-    return power;
-}
-
 static bool withinlimit(i32 width, i32 height)
 {
     GLint limit = 0;
@@ -176,8 +168,8 @@ static void makecopies(WindowCopies* copies, i32 n)
 // Sees that `n` textures of the window's size are there. False if the driver can't have them.
 static bool readycopies(WindowCopies* copies, i32 n)
 {
-    const i32 width = powerabove(gfx_width);
-    const i32 height = powerabove(gfx_height);
+    const i32 width = tex_powerabove(gfx_width);
+    const i32 height = tex_powerabove(gfx_height);
     if (copies->width != width || copies->height != height) {
         dropcopies(copies);
         copies->width = width;

@@ -7,6 +7,7 @@
 
 #include <GL/glext.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -28,6 +29,15 @@ bool gl_hasextension(const char* name)
 {
     const GLubyte* const list = glGetString(GL_EXTENSIONS);
     return list != nullptr && std::strstr(reinterpret_cast<const char*>(list), name) != nullptr;
+}
+
+i32 tex_powerabove(i32 size)
+{
+    i32 power = 1;
+    while (power < size) {
+        power *= 2;
+    }
+    return power;
 }
 
 i32 tex_stride(i32 width, i32 components)
@@ -76,11 +86,6 @@ static i32 formatcomponents(GLint format)
     return 3;
 }
 
-static i32 smaller(i32 a, i32 b)
-{
-    return a < b ? a : b;
-}
-
 // Writes the next level over the image. A new row lies before the rows that it reads, so it runs forward.
 static void halve(u8* bytes, i32 components, i32 width, i32 height, i32 newwidth, i32 newheight)
 {
@@ -89,11 +94,11 @@ static void halve(u8* bytes, i32 components, i32 width, i32 height, i32 newwidth
     for (i32 y = 0; y < newheight; y++) {
         const u8* const row = bytes + stride * static_cast<size_t>(2 * y);
         const u8* const below =
-            bytes + stride * static_cast<size_t>(smaller(2 * y + 1, height - 1));
+            bytes + stride * static_cast<size_t>(std::min(2 * y + 1, height - 1));
         u8* const out = bytes + newstride * static_cast<size_t>(y);
         for (i32 x = 0; x < newwidth; x++) {
             const i32 left = 2 * x * components;
-            const i32 right = smaller(2 * x + 1, width - 1) * components;
+            const i32 right = std::min(2 * x + 1, width - 1) * components;
             for (i32 c = 0; c < components; c++) {
                 const i32 sum = row[left + c] + row[right + c] + below[left + c] + below[right + c];
                 out[x * components + c] = static_cast<u8>((sum + 2) / 4);
@@ -231,7 +236,7 @@ static u8 noisebyte()
     const f64 fine = rnd_draw() * 0x1p-15;
     const f64 coarse = rnd_draw();
     const i32 value = static_cast<i32>((fine + coarse) * 0x1p-7);
-    return static_cast<u8>(smaller(value, 255));
+    return static_cast<u8>(std::min(value, 255));
 }
 
 GLuint tex_noise(i32 width, i32 height)

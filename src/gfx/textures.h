@@ -18,6 +18,9 @@ extern f32 max_anisotropy;       // the card's limit; 0 until first use
 /// Whether the driver's list of extensions holds `name`, as a plain substring.
 bool gl_hasextension(const char* name);
 
+/// The least power of two that is not below `size`, which older cards want of a texture.
+i32 tex_powerabove(i32 size);
+
 /// Bytes of an image row: `width` pixels, padded to a multiple of 4.
 i32 tex_stride(i32 width, i32 components);
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <numbers>
 
 // A piece of a description.
 struct Span {
@@ -100,7 +101,7 @@ static void slant(FontSpec* spec, const Amount* amount)
     if (amount->pixels) {
         add(&spec->skew, amount->value / spec->base->height);
     } else if (amount->degrees) {
-        store(&spec->skew, std::tan(amount->value * (3.14159265358979323846 / 180.0)));
+        store(&spec->skew, std::tan(amount->value * (std::numbers::pi / 180.0)));
     } else {
         add(&spec->skew, fraction(amount));
     }

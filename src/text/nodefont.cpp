@@ -63,7 +63,7 @@ static bool readblock(NodeFontChar* glyph, const u8** cursor, const u8* end)
 
 static NodeFontCharSet* newset()
 {
-    NodeFontCharSet* set = static_cast<NodeFontCharSet*>(malloc(sizeof *set));
+    NodeFontCharSet* set = static_cast<NodeFontCharSet*>(std::malloc(sizeof *set));
     for (i32 code = NODEFONT_CODES - 1; code >= 0; code--) {
         GrowArray_init(&set->chars[code].nodes, sizeof(NodeFontNode));
         GrowArray_init(&set->chars[code].edges, sizeof(NodeFontEdge));
@@ -92,7 +92,7 @@ void NodeFontCharSet_free(NodeFontCharSet* set)
         GrowArray_free(&set->chars[code].nodes);
         GrowArray_free(&set->chars[code].edges);
     }
-    free(set);
+    std::free(set);
 }
 
 NodeFontNode NodeFont_shapenode(NodeFontNode node, i32 code, const NodeFontParams* params)
@@ -101,7 +101,7 @@ NodeFontNode NodeFont_shapenode(NodeFontNode node, i32 code, const NodeFontParam
     if (code < 'a' || code > 'z') {
         return node;
     }
-    const f32 whole = floorf(node.y);
+    const f32 whole = std::floor(node.y);
     const f32 part = node.y - whole;
     if (part <= 0.5F) {
         node.y = whole + part * 2 * params->xheight;
@@ -125,8 +125,8 @@ f32 NodeFont_cornertrim(const NodeFontNode* nodes, const GrowArray* edges, i32 n
             continue;
         }
         const NodeFontNode* other = &nodes[edge.a == node ? edge.b : edge.a];
-        const f32 length = hypotf(other->x - nodes[node].x, other->y - nodes[node].y);
-        trim = fminf(trim, other->kind == NODEFONT_SHARP ? length : length / 2);
+        const f32 length = std::hypot(other->x - nodes[node].x, other->y - nodes[node].y);
+        trim = std::fmin(trim, other->kind == NODEFONT_SHARP ? length : length / 2);
     }
     return trim;
 }
@@ -136,10 +136,10 @@ static void widenbox(f32 box[4], const NodeFontChar* glyph, i32 code, const Node
     for (i32 i = static_cast<i32>(glyph->nodes.count) - 1; i >= 0; i--) {
         const NodeFontNode node =
             NodeFont_shapenode(items<NodeFontNode>(&glyph->nodes)[i], code, params);
-        box[0] = fminf(box[0], node.x);
-        box[1] = fmaxf(box[1], node.x);
-        box[2] = fminf(box[2], node.y);
-        box[3] = fmaxf(box[3], node.y);
+        box[0] = std::fmin(box[0], node.x);
+        box[1] = std::fmax(box[1], node.x);
+        box[2] = std::fmin(box[2], node.y);
+        box[3] = std::fmax(box[3], node.y);
     }
 }
 

@@ -8,6 +8,7 @@
 #include "gfx/textures.h"
 #include "text/nodefont.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -35,34 +36,15 @@ struct Rect {
     i32 x, y, w, h;
 };
 
-static i32 smaller(i32 a, i32 b)
-{
-    return a < b ? a : b;
-}
-
-static i32 greater(i32 a, i32 b)
-{
-    return a > b ? a : b;
-}
-
 // Without area if the two don't meet.
 static Rect overlap(Rect a, Rect b)
 {
-    const i32 x = greater(a.x, b.x);
-    const i32 y = greater(a.y, b.y);
+    const i32 x = std::max(a.x, b.x);
+    const i32 y = std::max(a.y, b.y);
     return {.x = x,
             .y = y,
-            .w = greater(smaller(a.x + a.w, b.x + b.w) - x, 0),
-            .h = greater(smaller(a.y + a.h, b.y + b.h) - y, 0)};
-}
-
-static i32 powerabove(i32 size)
-{
-    i32 power = 1;
-    while (power < size) {
-        power *= 2;
-    }
-    return power;
+            .w = std::max(std::min(a.x + a.w, b.x + b.w) - x, 0),
+            .h = std::max(std::min(a.y + a.h, b.y + b.h) - y, 0)};
 }
 
 static i32 cellpixels(const Atlas* atlas, f32 least, f32 most)
@@ -95,10 +77,10 @@ static void layout(const Atlas* atlas, i32 height, i32 maxsize)
             pen = width + gap;
         }
         font->cellw[code] = static_cast<u32>(width);
-        maxx = greater(maxx, static_cast<i32>(font->cellx[code]) + width);
+        maxx = std::max(maxx, static_cast<i32>(font->cellx[code]) + width);
     }
-    font->texw = powerabove(maxx);
-    font->texh = powerabove(row + height);
+    font->texw = tex_powerabove(maxx);
+    font->texh = tex_powerabove(row + height);
     font->height = static_cast<u32>(height);
 }
 
@@ -110,10 +92,10 @@ static void maketexture(Font* font)
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_LOD_BIAS, -1.0F);
     const size_t pixels = static_cast<size_t>(font->texw) * static_cast<size_t>(font->texh);
-    void* const blank = calloc(pixels, 4);
+    void* const blank = std::calloc(pixels, 4);
     glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, font->texw, font->texh, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                  blank);
-    free(blank);
+    std::free(blank);
 }
 
 static Rect cellof(const Font* font, i32 code)
@@ -167,14 +149,14 @@ static void drawpart(const Atlas* atlas, Rect part)
 static void drawparts(const Atlas* atlas)
 {
     const Rect whole = {.x = 0, .y = 0, .w = atlas->font->texw, .h = atlas->font->texh};
-    const i32 width = smaller(whole.w, MOSTPICTURE);
-    const i32 height = smaller(whole.h, MOSTPICTURE);
+    const i32 width = std::min<i32>(whole.w, MOSTPICTURE);
+    const i32 height = std::min<i32>(whole.h, MOSTPICTURE);
     i32 bottom;
     offscreen_begin(width, height, &bottom);
     gfx_overlay_begin();
     glEnable(GL_SCISSOR_TEST);
-    const i32 stepx = smaller(width, gfx_width);
-    const i32 stepy = smaller(height, gfx_height);
+    const i32 stepx = std::min(width, gfx_width);
+    const i32 stepy = std::min(height, gfx_height);
     for (i32 y = 0; y < whole.h; y += stepy) { // any order; parts don't meet
         for (i32 x = 0; x < whole.w; x += stepx) {
             drawpart(atlas, overlap(whole, {.x = x, .y = y, .w = stepx, .h = stepy}));
@@ -204,7 +186,7 @@ static void makeatlas(const Atlas* atlas)
 
 static Font* newfont(const char* name, f32 margin)
 {
-    Font* const font = static_cast<Font*>(calloc(1, sizeof(Font)));
+    Font* const font = static_cast<Font*>(std::calloc(1, sizeof(Font)));
     str_new(&font->name, name);
     font->margin = margin;
     font->base = font;
@@ -216,8 +198,8 @@ static Font* newfont(const char* name, f32 margin)
 
 static void freefont(Font* font)
 {
-    free(font->name);
-    free(font);
+    std::free(font->name);
+    std::free(font);
 }
 
 // False after a fatal report.
@@ -227,9 +209,9 @@ static bool checksize(const Font* font, i32 maxsize)
         return true;
     }
     char text[500];
-    snprintf(text, sizeof text,
-             "Font '%s' required texture of size %dx%d but maxtx=%d (nodefontdata)", font->name,
-             font->texw, font->texh, maxsize);
+    std::snprintf(text, sizeof text,
+                  "Font '%s' required texture of size %dx%d but maxtx=%d (nodefontdata)",
+                  font->name, font->texw, font->texh, maxsize);
     report_inner("nodefont", 0, REPORT_FATAL, text, 1);
     return false;
 }
@@ -240,8 +222,9 @@ static NodeFontCharSet* readtable(const u8* data, u32 length, const char* name)
     NodeFontCharSet* const set = NodeFontCharSet_parse(&cursor, data + length);
     if (set == nullptr) {
         char text[500];
-        snprintf(text, sizeof text, "Font '%s' has a damaged table: byte %d of %u (nodefontdata)",
-                 name, static_cast<i32>(cursor - data), length);
+        std::snprintf(text, sizeof text,
+                      "Font '%s' has a damaged table: byte %d of %u (nodefontdata)", name,
+                      static_cast<i32>(cursor - data), length);
         report_inner("nodefont", 0, REPORT_FATAL, text, 1);
     }
     return set;

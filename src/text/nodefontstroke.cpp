@@ -7,8 +7,9 @@
 #include <GL/glext.h>
 
 #include <cmath>
+#include <numbers>
 
-static const f32 pi = 3.14159265358979324F;
+static const f32 pi = std::numbers::pi_v<f32>;
 static const f32 straightcorner =
     1.5393804002589986F;               // half of a corner too wide for an arc, 88.2 degrees
 static const f32 jointreach = 1.0001F; // of a mitred corner, in half strokes
@@ -42,7 +43,7 @@ struct Outline {
 
 static Point direction(f32 angle)
 {
-    return {.x = cosf(angle), .y = sinf(angle)};
+    return {.x = std::cos(angle), .y = std::sin(angle)};
 }
 
 static Point along(Point from, Point way, f32 distance)
@@ -52,7 +53,7 @@ static Point along(Point from, Point way, f32 distance)
 
 static f32 distance(Point a, Point b)
 {
-    return hypotf(b.x - a.x, b.y - a.y);
+    return std::hypot(b.x - a.x, b.y - a.y);
 }
 
 static Point unit(Point from, Point to)
@@ -72,7 +73,7 @@ static Pen makepen(f32 stroke, f32 fade)
     Pen pen = {};
     glGetFloatv(GL_CURRENT_COLOR, pen.full);
     pen.half = stroke / 2;
-    pen.inner = fmaxf((stroke - fade) / 2, 0);
+    pen.inner = std::fmax((stroke - fade) / 2, 0.0F);
     pen.outer = (stroke + fade) / 2;
     const bool hairline = stroke <= fade && fade > 0;
     pen.top = hairline ? pen.half / fade + 0.5F : 1.0F;
@@ -158,7 +159,7 @@ static Station outlinestation(const Outline* outline, i32 i)
     }
     const Point n1 = edgenormal(outline, i > 0 ? i - 1 : last);
     const Point n2 = edgenormal(outline, i);
-    const f32 size = fmaxf(1 + n1.x * n2.x + n1.y * n2.y, 0.01F);
+    const f32 size = std::fmax(1 + n1.x * n2.x + n1.y * n2.y, 0.01F);
     return {.at = at, .across = {.x = (n1.x + n2.x) / size, .y = (n1.y + n2.y) / size}};
 }
 
@@ -247,7 +248,7 @@ static void drawmitre(const Pen* pen, Point at, f32 a1, f32 half)
     const f32 h = pen->half;
     const f32 a2 = a1 + 2 * half;
     // the tip of a spike may lie at any distance
-    const f32 tip = h / fmaxf(sinf(half), 1e-4F);
+    const f32 tip = h / std::fmax(std::sin(half), 1e-4F);
     Outline corner = {};
     addpoint(&corner, along(at, direction(a1 + pi / 2), h));
     addpoint(&corner, along(at, direction(a1 + half), tip));
@@ -264,8 +265,8 @@ static void drawmitre(const Pen* pen, Point at, f32 a1, f32 half)
 
 static void drawround(const Pen* pen, Point at, f32 trim, f32 a1, f32 half)
 {
-    const Point centre = along(at, direction(a1 + half), trim / cosf(half));
-    stroke_arc(pen, centre, trim * tanf(half), a1 - pi / 2, a1 + 2 * half - 3 * pi / 2);
+    const Point centre = along(at, direction(a1 + half), trim / std::cos(half));
+    stroke_arc(pen, centre, trim * std::tan(half), a1 - pi / 2, a1 + 2 * half - 3 * pi / 2);
 }
 
 static Point place(const NodeFontNode* node)
@@ -283,7 +284,7 @@ static i32 neighbourangles(f32* angles, const NodeFontNode* nodes, const GrowArr
             continue;
         }
         const NodeFontNode* other = &nodes[edge.a == node ? edge.b : edge.a];
-        const f32 angle = atan2f(other->y - nodes[node].y, other->x - nodes[node].x);
+        const f32 angle = std::atan2(other->y - nodes[node].y, other->x - nodes[node].x);
         i32 at = n;
         for (; at > 0 && angles[at - 1] > angle; at--) {
             angles[at] = angles[at - 1];

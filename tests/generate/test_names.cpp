@@ -3,6 +3,7 @@
 #include "tests/mazes.h"
 #include "tests/sound.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -10,6 +11,18 @@ static Maze* named(Maze* maze, const char* name)
 {
     str_set(&maze->name, name);
     return maze;
+}
+
+TEST(Maze_subname, is_the_mazes_name_a_point_and_two_digits_or_more)
+{
+    Maze* const maze = named(Maze_new(), "a");
+    char* const two = Maze_subname(maze, 7);
+    char* const six = Maze_subname(maze, 123456);
+    EXPECT_STREQ(two, "a.07");
+    EXPECT_STREQ(six, "a.123456");
+    std::free(six);
+    std::free(two);
+    Maze_free(maze, true);
 }
 
 TEST(Maze_numbersubs, counts_the_submazes_of_an_unnamed_maze_from_1)

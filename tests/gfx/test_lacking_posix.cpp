@@ -101,15 +101,10 @@ TEST(program_make, takes_version_two_itself)
     EXPECT_EXIT(make_programs("2.0"), testing::ExitedWithCode(0), "2.0: 1 1 1, error 0, loaded 1");
 }
 
-static void tell_place(ReportRec* rec)
-{
-    std::fprintf(stderr, "<%s %d %d %s>", rec->file, rec->line, rec->type, rec->message);
-}
-
 static void load_below_two()
 {
     claim_version("1.5");
-    report_handler = tell_place;
+    report_to_stderr();
     shaders_load();
 }
 

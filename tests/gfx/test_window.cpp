@@ -425,11 +425,6 @@ static PlatformOpen refuse(const WindowRequest*)
     return refused;
 }
 
-static void tell_place(ReportRec* rec)
-{
-    std::fprintf(stderr, "<%s %d %d %s>", rec->file, rec->line, rec->type, rec->message);
-}
-
 // Opens on a back end whose opening goes so.
 static void open_refused(PlatformOpen how)
 {
@@ -438,7 +433,7 @@ static void open_refused(PlatformOpen how)
     scripted_begin();
     platform_use(&refusing);
     refused = how;
-    report_handler = tell_place;
+    report_to_stderr();
     gfx_open(64, 48, "test");
 }
 

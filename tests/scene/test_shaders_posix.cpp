@@ -1,11 +1,9 @@
 #include "scene/ballstick.h"
+#include "tests/reference_compiler.h"
 #include "tests/scene_picture.h"
 
 #include <cctype>
-#include <cstdio>
-#include <fstream>
 #include <set>
-#include <sys/wait.h>
 
 extern const char glsl_agecolour[];
 extern const char glsl_disc_vs[];
@@ -102,25 +100,6 @@ TEST(shader_texts, are_those_of_the_programs)
     EXPECT_EQ(made, expected_texts());
 }
 
-static std::string stage_name(const ShaderText& shader)
-{
-    return shader.kind == GL_VERTEX_SHADER ? "vert" : "frag";
-}
-
-// What a shell command prints, with its exit status behind.
-static std::string output_of(const std::string& command, i32* status)
-{
-    std::string text;
-    FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
-    char piece[500];
-    while (fgets(piece, sizeof piece, pipe) != nullptr) {
-        text += piece;
-    }
-    const i32 result = pclose(pipe);
-    *status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
-    return text;
-}
-
 TEST(shader_programs, are_made_once)
 {
     make_programs();
@@ -133,13 +112,7 @@ TEST(shader_texts, pass_the_reference_compiler_without_a_message)
 {
     make_programs();
     for (const auto& [name, shader] : shader_texts) {
-        const std::string path = "shader_" + std::to_string(name) + "." + stage_name(shader);
-        std::ofstream(path) << shader.text;
-        i32 status = -1;
-        const std::string text = output_of("glslangValidator -d " + path, &status);
-        EXPECT_EQ(status, 0) << text;
-        EXPECT_EQ(text, "") << shader.text;
-        std::remove(path.c_str());
+        expect_no_message(shader.kind == GL_VERTEX_SHADER ? "vert" : "frag", shader.text);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "gfx/textures.h"
 #include "tests/atlas.h"
 #include "tests/gl_state.h"
+#include "tests/handfont.h"
 #include "tests/system.h"
 
 #include <GL/glext.h>
@@ -46,11 +47,6 @@ struct AtlasWindow {
         gfx_close();
     }
 };
-
-bool has_glyph(i32 code)
-{
-    return (code >= 33 && code <= 126) || code == 163 || code == 166 || code == 172;
-}
 
 // Whether a texel lies in a cell.
 std::vector<bool> cell_mask(const Font* font)
@@ -466,17 +462,10 @@ TEST(NodeFontCharSet_load, draws_at_another_scale)
 }
 
 // In a process of its own with a driver that lacks the greatest of two values.
-static void* lack_equation(const char* name)
-{
-    return std::strcmp(name, "glBlendEquation") == 0 ? nullptr : platform_scripted.glproc(name);
-}
-
 static void load_without_equation()
 {
-    static Platform lacking = platform_scripted;
-    lacking.glproc = lack_equation;
     atlas_window(320, 240);
-    platform_use(&lacking);
+    lack_equation();
     const Font* const font = atlas_load();
     const StraightCheck check = check_straight(font);
     std::fprintf(stderr, "wrong %d of many %d, faint %d, outside %d, error %x", check.wrong,
@@ -492,15 +481,10 @@ TEST(NodeFontCharSet_load, draws_straight_strokes_as_well_without_the_greatest_v
                 "wrong 0 of many 1, faint 1, outside 0, error 0");
 }
 
-static void tell_fatal(ReportRec* rec)
-{
-    std::fprintf(stderr, "<%s %d %d %s>", rec->file, rec->line, rec->type, rec->message);
-}
-
 static void load_fatally(i32 greatest, u32 length)
 {
     report_fatal_wait = 0;
-    report_handler = tell_fatal;
+    report_to_stderr();
     atlas_window(320, 240);
     greatest_texture = greatest;
     NodeFontCharSet_load(nodefont_data, length, "fmod", &typeface_params, 32, 3);

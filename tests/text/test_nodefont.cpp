@@ -1,3 +1,4 @@
+#include "tests/handfont.h"
 #include "text/nodefont.h"
 
 #include <algorithm>
@@ -66,11 +67,6 @@ std::vector<Bytes> blocks()
 i32 signed_byte(u8 byte)
 {
     return byte < 128 ? byte : byte - 256;
-}
-
-bool has_glyph(i32 code)
-{
-    return (code >= 33 && code <= 126) || code == 163 || code == 166 || code == 172;
 }
 
 i32 count(const GrowArray& array)

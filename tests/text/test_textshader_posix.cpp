@@ -1,13 +1,12 @@
 #include "gfx/gl/shaderprocs.h"
 #include "tests/atlas.h"
+#include "tests/reference_compiler.h"
 
 #include <GL/glext.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 extern const char glsl_text_vs[];
 extern const char glsl_text_fs[];
@@ -48,29 +47,6 @@ std::vector<i32> uniform_ints(const char* name)
     entry<PFNGLGETUNIFORMIVPROC>("glGetUniformiv")(
         text_program, gl_entry_points.GetUniformLocation(text_program, name), values.data());
     return values;
-}
-
-// What a shell command prints, with its exit status behind.
-std::string output_of(const std::string& command, i32* status)
-{
-    std::string text;
-    FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
-    char piece[500];
-    while (fgets(piece, sizeof piece, pipe) != nullptr) {
-        text += piece;
-    }
-    const i32 result = pclose(pipe);
-    *status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
-    return text;
-}
-
-void expect_no_message(const std::string& path, const char* text)
-{
-    std::ofstream(path) << text;
-    i32 status = -1;
-    EXPECT_EQ(output_of("glslangValidator -d " + path, &status), "");
-    EXPECT_EQ(status, 0);
-    std::remove(path.c_str());
 }
 
 // An atlas whose texels rise from 0 to 255 in x, each 8 more than the one before; green is 40 behind and
@@ -210,8 +186,8 @@ TEST(NodeFont_program, is_none_where_the_driver_has_no_programs)
 
 TEST(glsl_text, passes_the_reference_compiler_without_a_message)
 {
-    expect_no_message("text_shader.vert", glsl_text_vs);
-    expect_no_message("text_shader.frag", glsl_text_fs);
+    expect_no_message("vert", glsl_text_vs);
+    expect_no_message("frag", glsl_text_fs);
 }
 
 TEST(glsl_text, passes_the_driver_without_a_message)

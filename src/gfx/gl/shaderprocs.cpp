@@ -22,8 +22,7 @@ template <typename T> static void load(T* entry, const char* name)
     *entry = reinterpret_cast<T>(platform->glproc(name));
 }
 
-// The number at the start of the version text, as 2.1 of "2.1 Mesa 22"; 0 without a context.
-static f32 glversion()
+f32 gl_version()
 {
     const GLubyte* text = glGetString(GL_VERSION);
     if (text == nullptr) {
@@ -65,7 +64,7 @@ void shaders_load()
     if (shaders_loaded != 0) {
         return;
     }
-    const f32 version = glversion();
+    const f32 version = gl_version();
     if (version < 2.0F) {
         char text[200];
         std::snprintf(text, sizeof text,
@@ -100,7 +99,7 @@ bool shaders_can()
     }
     shaders_checked = 1;
     shaders_available = 0;
-    if (glversion() < 2.0F) {
+    if (gl_version() < 2.0F) {
         return false;
     }
     shaders_load();

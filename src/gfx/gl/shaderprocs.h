@@ -38,14 +38,18 @@ struct GlEntryPoints {
 extern GlEntryPoints gl_entry_points;
 
 extern i32 shaders_loaded;          // the entry points are there
-extern i32 shaders_checked;         // the version test has been made
-extern i32 shaders_available;       // its result
+extern i32 shaders_checked;         // shaders_can has been asked
+extern i32 shaders_available;       // its answer
 extern const char* shader_log_path; // "shader_error.log"; null turns logging off
 
 /// Loads the entry points once. Fatal if OpenGL is older than 2.0.
 void shaders_load();
 
-/// Whether programs can be made: OpenGL is 2.0 or newer by its version text. Tests once.
+/// The number at the start of the driver's version text, as 2.1 of "2.1 Mesa 22"; 0 without a context.
+f32 gl_version();
+
+/// Whether programs can be made: OpenGL is 2.0 or newer by its version text, and has what that takes.
+/// Tests once.
 bool shaders_can();
 
 /// Makes and compiles a shader from one text; its state is not looked at.
