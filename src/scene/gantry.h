@@ -6,7 +6,7 @@
 // they are out of view or between the middles of pixels, are left out. Bars and balls of levels with long
 // ways, and of those that look small, stand in no list: they are drawn as far as a view shows them
 // (gantryrows.h). In the nested grid lists of every level would hold 24 million posts and as many balls
-// beside 7 million plates with their rails, about 19 GB, and the tables of exits 2.7 GB more.
+// beside 7 million plates with their rails, reckoned as 19 GB, and the tables of exits 2.7 GB more.
 #pragma once
 
 #include "model/gamerec.h"
