@@ -96,6 +96,7 @@ function(corvane_program_test name)
     target_link_libraries(test_${name} PRIVATE corvane_flags GTest::gtest)
     if(WIN32)
         target_compile_definitions(test_${name} PRIVATE _USE_MATH_DEFINES) # for M_PI
+        target_compile_options(test_${name} PRIVATE -O1) # they are compiled in half the time
     endif()
     # where GCC 12 optimises standard containers it warns of overlaps and overruns that aren't there
     target_compile_options(test_${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:
