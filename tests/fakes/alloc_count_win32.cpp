@@ -1,15 +1,23 @@
 // The linker puts these in the places of the C runtime's: --wrap.
 #include "tests/fakes/alloc_count.h"
 
-// The count of a thread lies in memory that is allocated at its first use, which isn't counted.
-static bool counting;
+#include <windows.h>
+
+// The thread whose allocations are counted, the first; 0 until its counts stand in memory. That memory is
+// allocated at their first use, under a lock that a count at this moment would wait for.
+static DWORD counted;
+
+[[gnu::constructor]] static void begin()
+{
+    alloc_count = 0;
+    gl_depth = 0;
+    counted = GetCurrentThreadId();
+}
 
 static void note()
 {
-    if (!counting) {
-        counting = true;
+    if (GetCurrentThreadId() == counted) {
         alloc_note();
-        counting = false;
     }
 }
 
