@@ -4,6 +4,7 @@
 #include "scene/ballstick.h"
 #include "scene/clouds.h"
 #include "scene/flat.h"
+#include "scene/gantry.h"
 #include "scene/grid.h"
 #include "scene/sea.h"
 #include "scene/sky.h"
@@ -105,7 +106,8 @@ struct Steps : testing::Test, World {
         str_set(&root->name, "HH");
         finish_world(root);
         light_compute(0, &light);
-        picture_draw(&game); // makes what is made on first use
+        gantry_everylevel = true; // a batch of each part, whether or not a pixel shows it
+        picture_draw(&game);      // makes what is made on first use
         picture_begin(&game);
     }
     void TearDown() override
@@ -117,6 +119,7 @@ struct Steps : testing::Test, World {
         landscape_on = 0;
         grid_on = 0;
         smooth_lines = 1;
+        gantry_everylevel = false;
         gfx_resize(640, 480);
     }
     // The state of each batch of a run of the plot, in the near slice.
