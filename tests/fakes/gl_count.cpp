@@ -31,11 +31,12 @@ static f32 single(f64 x)
     return static_cast<f32>(x);
 }
 
-// Weak, so that a test may put a routine of its own in one's place. A type can't stand in parentheses.
+// A test may put a routine of its own in one's place: the linker takes the first. A type can't stand in
+// parentheses.
 // NOLINTBEGIN(bugprone-macro-parentheses)
 #define GL_COUNTED(result, name, parameters, arguments, before)                                    \
     static const bool counted_##name = gl_counted.insert(#name).second;                            \
-    extern "C" __attribute__((weak)) result name parameters                                        \
+    extern "C" result name parameters                                                              \
     {                                                                                              \
         using Routine = decltype(&name);                                                           \
         static const Routine next = reinterpret_cast<Routine>(system_libraryroutine(#name));       \
