@@ -174,8 +174,11 @@ const char* wholefile_readall(int handle, size_t expected, size_t most, u8** byt
     }
     size_t capacity = expected + 2; // the byte behind, and one for seeing the end
     u8* buf = static_cast<u8*>(std::malloc(capacity));
+    if (buf == nullptr) {
+        return std::strerror(ENOMEM);
+    }
     size_t used = 0;
-    const char* reason = buf != nullptr ? nullptr : std::strerror(ENOMEM);
+    const char* reason = nullptr;
     for (size_t n = 1; n != 0 && reason == nullptr;) {
         n = wholefile_readsome(handle, buf + used, capacity - 1 - used, &reason);
         used += n;

@@ -127,9 +127,11 @@ static void takepart(const Row* row, i32 side, i32 i)
         takebar(row->sink, row->stretch->colour, place, row->axis, row->radius);
         return;
     }
-    f64 top[3];
-    addscaled(top, place, row->axis, 1.0);
-    takeball(row->sink, row->stretch->colour, top);
+    if (row->sink->takeball != nullptr) {
+        f64 top[3];
+        addscaled(top, place, row->axis, 1.0);
+        takeball(row->sink, row->stretch->colour, top);
+    }
 }
 
 static void takeall(const Row* row, i32 sides)
