@@ -48,9 +48,11 @@ windows_libraries() {
     fi
 }
 
-# Wine as these tests use it: a place of its own below build, and no questions asked.
+# Wine as these tests use it: a place of its own below build, no questions asked, and no debugger that
+# keeps a program which has crashed.
 windows_wine() {
-    export WINEPREFIX=$PWD/build/mingw/wine WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+    export WINEPREFIX=$PWD/build/mingw/wine WINEDEBUG=-all
+    export WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe="
     if [ ! -e "$WINEPREFIX/system.reg" ]; then
         timeout 300 wineboot -i
         wineserver -w

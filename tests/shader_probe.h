@@ -143,7 +143,7 @@ struct ProbeTarget {
 inline void probe_corner(const ProbeSample& sample, f32 x, f32 y)
 {
     using MultiTexCoord3d = void(APIENTRY*)(GLenum unit, f64 s, f64 t, f64 r);
-    const auto coord = reinterpret_cast<MultiTexCoord3d>(platform->glproc("glMultiTexCoord3d"));
+    const auto coord = reinterpret_cast<MultiTexCoord3d>(platform->glproc("glMultiTexCoord3dARB"));
     for (GLenum i = 0; i < 3; i++) {
         coord(GL_TEXTURE0 + i, sample.tex[i][0], sample.tex[i][1], sample.tex[i][2]);
     }
