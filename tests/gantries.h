@@ -3,6 +3,8 @@
 
 #include "scene/gantryparts.h"
 #include "tests/scene_picture.h"
+#include "tests/vec.h"
+#include "tests/world.h"
 
 #include <utility>
 #include <vector>
@@ -71,45 +73,6 @@ struct Level {
     }
 };
 
-struct Vec {
-    f64 x, y, z;
-};
-
-inline Vec operator+(Vec a, Vec b)
-{
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-
-inline Vec operator-(Vec a, Vec b)
-{
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
-inline Vec operator*(f64 k, Vec a)
-{
-    return {k * a.x, k * a.y, k * a.z};
-}
-
-inline f64 dot(Vec a, Vec b)
-{
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-inline Vec cross(Vec a, Vec b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-inline f64 length(Vec a)
-{
-    return std::sqrt(dot(a, a));
-}
-
-inline Vec vec(const f64* v)
-{
-    return {v[0], v[1], v[2]};
-}
-
 /// A world drawn as gantries, with the player on node 0 at the origin.
 struct Walks : World {
     Walks()
@@ -164,4 +127,44 @@ struct Walks : World {
         EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
         return picture_take();
     }
+};
+
+/// Joins nine nodes that lie as three rows of three.
+inline void join_square(Maze* maze)
+{
+    for (i32 i = 0; i < 9; i++) {
+        if (i % 3 < 2) {
+            Maze_join(maze, i, i + 1);
+        }
+        if (i < 6) {
+            Maze_join(maze, i, i + 3);
+        }
+    }
+}
+
+/// A nested world drawn as gantries, made by `fill` from an empty root, and all its mazes.
+struct GantryNest {
+    MazeGame game = {};
+    std::vector<Maze*> mazes;
+
+    template <typename Fill> GantryNest(i32 width, i32 height, Fill fill)
+    {
+        picture_open();
+        gfx_resize(width, height);
+        gfx_set_fov(90, 0.1F, 1000);
+        plot_type = 1;
+        MazeGame_setup(&game);
+        game.root = Maze_new();
+        fill(game.root);
+        finish_world(game.root);
+        game.pos = innermost({game.root, 0});
+        mazes = all_mazes(game.root);
+    }
+    ~GantryNest()
+    {
+        plot_type = 0;
+        MazeGame_free(&game);
+    }
+    GantryNest(const GantryNest&) = delete;
+    GantryNest& operator=(const GantryNest&) = delete;
 };

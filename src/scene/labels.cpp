@@ -1,5 +1,6 @@
 #include "scene/labels.h"
 
+#include "base/str.h"
 #include "scene/view.h"
 #include "text/bitmapfonts.h"
 #include "text/drawtext.h"
@@ -108,7 +109,8 @@ static void drawname(const Maze* maze)
         return; // a level of one row has text of no size
     }
     glColor3d(0.8, 0.9, 0.8);
-    char* const name = strdup(maze->name);
+    char* name;
+    str_new(&name, maze->name);
     char* const tail = seconddot(name);
     if (tail != nullptr) {
         *tail = 0;

@@ -2,6 +2,7 @@
 #include "tests/endchild.h"
 #include "tests/ordinaryuser.h"
 #include "tests/tempfolder.h"
+#include "tests/wholereplace.h"
 
 #include <cerrno>
 #include <csignal>
@@ -168,22 +169,6 @@ int flock(int handle, int operation) noexcept
 }
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
-// Writes `text` at `path` in pieces of some bytes; what is told, or "". Only a failure is, unless
-// `doubtful`.
-static std::string replace(const std::string& path, const std::string& text, size_t piece = 1000,
-                           bool doubtful = false)
-{
-    WholeFile file;
-    wholefile_begin(&file, path.c_str());
-    for (size_t at = 0; at < text.size(); at += piece) {
-        wholefile_put(&file, text.data() + at, std::min(piece, text.size() - at));
-    }
-    const bool done = wholefile_end(&file);
-    EXPECT_EQ(done, doubtful || std::string(file.why).empty()) << file.why;
-    EXPECT_EQ(file.buf, nullptr);
-    return file.why;
-}
-
 // A text in which a piece that is lost, doubled or moved shows.
 static std::string long_text(size_t size)
 {
@@ -209,30 +194,6 @@ static void expect_says(const std::string& why, const std::string& path, int err
 }
 
 using Names = std::vector<std::string>;
-
-TEST(wholefile_end, leaves_a_new_file_and_nothing_else)
-{
-    const TempFolder folder;
-    EXPECT_EQ(replace(folder.file("data"), "some text"), "");
-    EXPECT_EQ(read_text(folder.file("data")), "some text");
-    EXPECT_EQ(folder.names(), Names{"data"});
-}
-
-TEST(wholefile_end, replaces_what_was_there)
-{
-    const TempFolder folder;
-    write_text(folder.file("data"), "a much longer old text");
-    EXPECT_EQ(replace(folder.file("data"), "new"), "");
-    EXPECT_EQ(read_text(folder.file("data")), "new");
-    EXPECT_EQ(folder.names(), Names{"data"});
-}
-
-TEST(wholefile_end, makes_an_empty_file_of_nothing)
-{
-    const TempFolder folder;
-    EXPECT_EQ(replace(folder.file("data"), ""), "");
-    EXPECT_EQ(read_text(folder.file("data")), "");
-}
 
 TEST(wholefile_end, takes_a_bare_name_for_one_in_the_working_folder)
 {

@@ -1,6 +1,7 @@
 // The whole-file module on the files of Windows.
 #include "base/wholefile.h"
 #include "tests/tempfolder.h"
+#include "tests/wholereplace.h"
 
 #include <windows.h>
 
@@ -14,20 +15,6 @@
 #include <vector>
 
 using Names = std::vector<std::string>;
-
-// Writes `text` at `path` in pieces; what is told, or "".
-static std::string replace(const std::string& path, const std::string& text, size_t piece = 1000)
-{
-    WholeFile file;
-    wholefile_begin(&file, path.c_str());
-    for (size_t at = 0; at < text.size(); at += piece) {
-        wholefile_put(&file, text.data() + at, std::min(piece, text.size() - at));
-    }
-    const bool done = wholefile_end(&file);
-    EXPECT_EQ(done, std::string(file.why).empty()) << file.why;
-    EXPECT_EQ(file.buf, nullptr);
-    return file.why;
-}
 
 // The text of a file as the module reads it, or why it can't.
 static std::string read(const std::string& path)
@@ -69,23 +56,6 @@ struct Held {
         handle = INVALID_HANDLE_VALUE;
     }
 };
-
-TEST(wholefile_end, leaves_a_new_file_and_nothing_else)
-{
-    const TempFolder folder;
-    EXPECT_EQ(replace(folder.file("data"), "some text"), "");
-    EXPECT_EQ(read_text(folder.file("data")), "some text");
-    EXPECT_EQ(folder.names(), Names{"data"});
-}
-
-TEST(wholefile_end, replaces_what_was_there)
-{
-    const TempFolder folder;
-    write_text(folder.file("data"), "a much longer old text");
-    EXPECT_EQ(replace(folder.file("data"), "new"), "");
-    EXPECT_EQ(read_text(folder.file("data")), "new");
-    EXPECT_EQ(folder.names(), Names{"data"});
-}
 
 TEST(wholefile_end, takes_a_bare_name_and_either_slash)
 {

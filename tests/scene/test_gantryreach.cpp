@@ -19,14 +19,7 @@ static void fill_square(Maze* maze, const f64 at[3], f64 size, i32 levels, std::
                  at[1] + size * (i / 3 - 1 + part(*random)), at[2] + size * 2 * part(*random),
                  0.1 * size);
     }
-    for (i32 i = 0; i < 9; i++) {
-        if (i % 3 < 2) {
-            Maze_join(maze, i, i + 1);
-        }
-        if (i < 6) {
-            Maze_join(maze, i, i + 3);
-        }
-    }
+    join_square(maze);
     for (i32 i = 0; levels > 1 && i < 9; i += 2) {
         Maze* const sub = add_sub(maze, i);
         fill_square(sub, Maze_node(maze, i)->pos, size / 6, levels - 1, random);
@@ -35,32 +28,15 @@ static void fill_square(Maze* maze, const f64 at[3], f64 size, i32 levels, std::
 }
 
 // A world of three levels, of 31 mazes.
-struct ReachNest {
-    MazeGame game = {};
-    std::vector<Maze*> mazes;
-
+struct ReachNest : GantryNest {
     explicit ReachNest(u32 seed)
+        : GantryNest(48, 36, [seed](Maze* root) {
+              std::mt19937 random(seed);
+              const f64 middle[3] = {0, 0, 0};
+              fill_square(root, middle, 30, 3, &random);
+          })
     {
-        picture_open();
-        gfx_resize(48, 36);
-        gfx_set_fov(90, 0.1F, 1000);
-        plot_type = 1;
-        std::mt19937 random(seed);
-        const f64 middle[3] = {0, 0, 0};
-        MazeGame_setup(&game);
-        game.root = Maze_new();
-        fill_square(game.root, middle, 30, 3, &random);
-        finish_world(game.root);
-        game.pos = innermost({game.root, 0});
-        mazes = all_mazes(game.root);
     }
-    ~ReachNest()
-    {
-        plot_type = 0;
-        MazeGame_free(&game);
-    }
-    ReachNest(const ReachNest&) = delete;
-    ReachNest& operator=(const ReachNest&) = delete;
 
     // A view from inside, the same for the same number.
     void look(u32 n)

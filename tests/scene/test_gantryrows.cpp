@@ -22,14 +22,7 @@ static void fill_grid(Maze* maze, const f64 at[3], f64 size, i32 levels, std::mt
                                at[2] + size * 2 * part(*random), 1 + size / 500);
         Maze_node(maze, n)->rec.colour = (*random)() % 0x1000000;
     }
-    for (i32 i = 0; i < 9; i++) {
-        if (i % 3 < 2) {
-            Maze_join(maze, i, i + 1);
-        }
-        if (i < 6) {
-            Maze_join(maze, i, i + 3);
-        }
-    }
+    join_square(maze);
     for (i32 i = 0; i < 9; i++) { // each end its own
         for (VisitRec& rec : Maze_node(maze, i)->edgerec) {
             rec.colour = (*random)() % 0x1000000;
@@ -43,32 +36,15 @@ static void fill_grid(Maze* maze, const f64 at[3], f64 size, i32 levels, std::mt
 }
 
 // A world of three levels: ways of 3000 units, of 500, and of 83.
-struct LongNest {
-    MazeGame game = {};
-    std::vector<Maze*> mazes;
-
+struct LongNest : GantryNest {
     explicit LongNest(u32 seed, i32 levels = 3)
+        : GantryNest(96, 72, [seed, levels](Maze* root) {
+              std::mt19937 random(seed);
+              const f64 middle[3] = {0, 0, 0};
+              fill_grid(root, middle, 3000, levels, &random);
+          })
     {
-        picture_open();
-        gfx_resize(96, 72);
-        gfx_set_fov(90, 0.1F, 1000);
-        plot_type = 1;
-        std::mt19937 random(seed);
-        const f64 middle[3] = {0, 0, 0};
-        MazeGame_setup(&game);
-        game.root = Maze_new();
-        fill_grid(game.root, middle, 3000, levels, &random);
-        finish_world(game.root);
-        game.pos = innermost({game.root, 0});
-        mazes = all_mazes(game.root);
     }
-    ~LongNest()
-    {
-        plot_type = 0;
-        MazeGame_free(&game);
-    }
-    LongNest(const LongNest&) = delete;
-    LongNest& operator=(const LongNest&) = delete;
 
     // The same view for the same number: along a way, from beside it, or from far off.
     void look(u32 n)

@@ -4,36 +4,9 @@
 #include "scene/light.h"
 #include "scene/lighting.h"
 #include "tests/scene_picture.h"
+#include "tests/vec.h"
 
 #include <random>
-
-struct Vec {
-    f64 x, y, z;
-};
-inline Vec operator+(Vec a, Vec b)
-{
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-inline Vec operator-(Vec a, Vec b)
-{
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-inline Vec operator*(f64 k, Vec a)
-{
-    return {k * a.x, k * a.y, k * a.z};
-}
-inline f64 dot(Vec a, Vec b)
-{
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-inline Vec cross(Vec a, Vec b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-inline Vec unit(Vec a)
-{
-    return (1 / std::sqrt(dot(a, a))) * a;
-}
 
 /// A place from which pictures are taken, and the depth slice.
 struct Camera {
