@@ -67,17 +67,17 @@ worlds() { # the kinds 0 to 12, then the nested grid and the gallery
     picture worlds 5 128
 }
 
-gantries() { # a corner with a ladder, by day and at dusk; by day and at night with the lamp; nested twice
+gantries() { # a corner with a ladder, by day and at dusk; over the sea; in a torus by lamp; in hexagons; nested
     local view=(--size 288x216 --plot gantries)
     local corner=(--kind 5 --seed 5 --at 1:151 --first-person --yaw 2.3 --pitch -1.3)
+    local noon=(--landscape --clock 1000)
     shot "${view[@]}" "${corner[@]}" --clock 1000
     shot "${view[@]}" "${corner[@]}" --clock 245 --landscape
-    shot "${view[@]}" --kind 0 --seed 3 --at 1:1200 --landscape --clock 960 --first-person \
-        --yaw 2.8 --pitch -1.5
-    shot "${view[@]}" --kind 10 --seed 6 --at 1:1000 --light --clock 500 --yaw 2.8 --pitch -1 --zoom 0.3
-    shot "${view[@]}" --kind 9 --seed 6 --at 1:15 --landscape --clock 1000 --yaw 2.8 --pitch -1.3 --zoom 0.5
-    shot "${view[@]}" --kind 12 --seed 6 --clock 1000 --yaw 2.8 --pitch -0.9 --zoom 0.3
-    picture gantries 3 160
+    shot "${view[@]}" "${noon[@]}" --kind 0 --seed 3 --at 1:1200 --first-person --yaw 2.8 --pitch -1
+    shot "${view[@]}" --kind 10 --seed 6 --at 1:1000 --light --clock 500 --first-person --yaw 2.8 --pitch -1.1
+    shot "${view[@]}" "${noon[@]}" --kind 4 --seed 3 --at 1:1500 --first-person --yaw 0.4 --pitch -1.1
+    shot "${view[@]}" "${noon[@]}" --kind 9 --seed 6 --at 1:15 --yaw 2.8 --pitch -1.3 --zoom 0.5
+    picture gantries 3 192
 }
 
 ballstick() { # by day, at dusk, at night with the lamp, nested
@@ -164,13 +164,32 @@ displays() { # prompt, help, statistics, nothing
     picture displays 2 96
 }
 
+far() { # a row to a style: the same view of the same world 0, 1e5, 1e6 and 1e7 units from the origin
+    local block=(--seed 5 --kind 5 --pitch -0.9 --yaw 0.5 --clock 100 --trail 40 --zoom 0.6)
+    local shift
+    row() {
+        for shift in 0,0,0 80000,60000,0 800000,600000,0 8000000,6000000,0; do
+            shot --size 200x125 --shift "$shift" "$@"
+        done
+    }
+    row "${block[@]}" --plot discs
+    row "${block[@]}" --plot balls
+    row "${block[@]}" --plot gantries --light
+    row "${block[@]}" --plot flat
+    row "${block[@]}" --plot voronoi --voronoi-mode 5
+    row "${block[@]}" --grid
+    row --mode 2 --seed 5 --zoom 2.2 --at 1/3/3:3
+    row --seed 5 --kind 0 --pitch -1.3 --yaw 0.5 --clock 100 --zoom 0.6 --plot balls --landscape
+    picture far 4 256
+}
+
 specimen() { # glyphs at three sizes, a pangram, the help text
     CORVANE_PICTURES=$work "$bin/test_text" --gtest_brief=1 \
         --gtest_filter=specimen.stands_as_it_is_drawn_in_the_folder_of_pictures >/dev/null
     store "$work/specimen.png" specimen 32
 }
 
-all=(discs worlds gantries ballstick flat voronoi landscape reachable grid names stereo displays specimen)
+all=(discs worlds gantries ballstick flat voronoi landscape reachable grid names stereo displays far specimen)
 for name in "${@:-${all[@]}}"; do
     if [[ " ${all[*]} " != *" $name "* ]]; then
         echo "make.sh: no picture is called $name; there are: ${all[*]}" >&2
