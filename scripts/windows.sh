@@ -48,9 +48,10 @@ windows_libraries() {
     fi
 }
 
-# Wine as these tests use it: a place of its own below build, no questions asked, and no debugger that
-# keeps a program which has crashed.
+# Wine as these tests use it: a place of its own below build, no questions asked, no debugger that keeps a
+# program which has crashed, and names of files in UTF-8 whatever the locale here is.
 windows_wine() {
+    export LC_ALL=C.UTF-8
     export WINEPREFIX=$PWD/build/mingw/wine WINEDEBUG=-all
     export WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe="
     if [ ! -e "$WINEPREFIX/system.reg" ]; then

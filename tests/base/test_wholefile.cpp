@@ -5,7 +5,7 @@
 
 using Names = std::vector<std::string>;
 
-TEST(wholefile_end, leaves_a_new_file_and_nothing_else)
+TEST(wholefile, leaves_a_new_file_and_nothing_else)
 {
     const TempFolder folder;
     EXPECT_EQ(replace(folder.file("data"), "some text"), "");
@@ -13,7 +13,7 @@ TEST(wholefile_end, leaves_a_new_file_and_nothing_else)
     EXPECT_EQ(folder.names(), Names{"data"});
 }
 
-TEST(wholefile_end, replaces_what_was_there)
+TEST(wholefile, replaces_what_was_there)
 {
     const TempFolder folder;
     write_text(folder.file("data"), "a much longer old text");
@@ -22,7 +22,7 @@ TEST(wholefile_end, replaces_what_was_there)
     EXPECT_EQ(folder.names(), Names{"data"});
 }
 
-TEST(wholefile_end, makes_an_empty_file_of_nothing)
+TEST(wholefile, makes_an_empty_file_of_nothing)
 {
     const TempFolder folder;
     EXPECT_EQ(replace(folder.file("data"), ""), "");
