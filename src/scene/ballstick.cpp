@@ -267,12 +267,11 @@ void ballstick_sticklist(Maze* maze)
 
 void ballstick_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
 {
-    const ListView from = {.view = &game->view, .reach = 0.0};
     f64 cursor[3];
     f64 radius;
     MazeGame_viewpos_radius(cursor, game, &radius);
     lit_begin(sphere_program(), cursor, lit, light);
-    Maze_calllist(root, "ballstick_ballslist", ballstick_balllist, true, &from);
+    Maze_calllist(root, "ballstick_ballslist", ballstick_balllist, true, &game->view);
     if (lit) {
         program_use(sphere_program_unlit());
         projection_set(sphere_program_unlit());
@@ -281,6 +280,6 @@ void ballstick_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* 
     impostor_sphere(0xFFFFFF, cursor, 1.5 * radius);
     impostors_end();
     lit_begin(cylinder_program(), cursor, lit, light);
-    Maze_calllist(root, "ballstick_stickslist", ballstick_sticklist, true, &from);
+    Maze_calllist(root, "ballstick_stickslist", ballstick_sticklist, true, &game->view);
     program_use(0);
 }
