@@ -62,7 +62,7 @@ packages_elsewhere() {
     done
     if [ "$1" != build ]; then
         for name in clang++ clang-format clang-tidy shellcheck glslangValidator Xvfb Xorg xrandr openbox xdotool \
-            wmctrl setxkbmap strace unshare setpriv mount desktop-file-validate appstreamcli mandoc \
+            wmctrl setxkbmap xmodmap xwininfo strace unshare setpriv mount desktop-file-validate appstreamcli mandoc \
             lintian dpkg-shlibdeps; do
             command -v "$name" >/dev/null || lacking+=("$name")
         done

@@ -60,7 +60,7 @@ static const char help_text[] =
     "  --lines          outlines in place of areas, as with I held down\n"
     "  --sharp          lines that aren't smoothed, as after P\n"
     "  --hud N          what is written over it: 0 the prompt, 1 the help, 2 the statistics, of a\n"
-    "                   frame of 1/60 second; nothing if left out\n"
+    "                   frame of 1/60 second; 3 (if left out) nothing\n"
     "  --stereo N       0 (if left out) to 8: the stereo mode, as in the settings\n"
     "  --swap           the eyes change places, in modes 6 to 8 the colours\n"
     "  --depth D        the stereo depth, 0.05 if left out\n"

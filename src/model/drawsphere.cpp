@@ -25,13 +25,14 @@
 #include <cmath>
 #include <cstring>
 
+static u32 stamps; // how many spheres have been computed; written by compute
+
 struct Gathered {
     f64 low[3]; // the box about all balls, if there are any
     f64 high[3];
     bool any;
     f64 centre[3]; // the middle of the box, once it is known
     f64 radius;
-    f64 largest; // radius of a node
 };
 
 using BallVisitor = void (*)(Gathered* gathered, const f64 centre[3], f64 radius);
@@ -67,7 +68,6 @@ static void visitnode(Gathered* gathered, const MazeNode* node, BallVisitor visi
 {
     if (finite(node->pos) && std::isfinite(node->radius)) {
         visit(gathered, node->pos, std::fabs(node->radius));
-        gathered->largest = std::fmax(gathered->largest, std::fabs(node->radius));
     }
 }
 
@@ -80,7 +80,6 @@ static void visitballs(Gathered* gathered, Maze* maze, BallVisitor visit)
         if (node->sub != nullptr) {
             if (Maze_count(node->sub) > 0) {
                 visit(gathered, node->sub->drawcentre, node->sub->drawradius);
-                gathered->largest = std::fmax(gathered->largest, node->sub->drawlargest);
             }
             continue;
         }
@@ -162,7 +161,8 @@ static void compute(Maze* maze)
     }
     std::memcpy(maze->drawcentre, gathered.centre, sizeof maze->drawcentre);
     maze->drawradius = gathered.radius;
-    maze->drawlargest = gathered.largest;
+    stamps += stamps == ~0U ? 2 : 1; // 0 is no stamp
+    maze->drawstamp = stamps;
     if (hangs(maze)) {
         untellbeside(maze);
     }
@@ -177,12 +177,12 @@ void Maze_drawsphere(Maze* maze, f64 centre[3], f64* radius)
     *radius = maze->drawradius;
 }
 
-f64 Maze_drawlargest(Maze* maze)
+u32 Maze_drawstamp(Maze* maze)
 {
     if (maze->drawradius < 0.0) {
         compute(maze);
     }
-    return maze->drawlargest;
+    return maze->drawstamp;
 }
 
 static void markone(Maze* maze)

@@ -26,9 +26,9 @@ inline constexpr f64 DRAWSPHERE_TOLD =
 /// numbers.
 void Maze_drawsphere(Maze* maze, f64 centre[3], f64* radius);
 
-/// The radius of the largest node of what the draw sphere holds, without its sign, 0 if it holds none.
-/// Computed with the sphere.
-f64 Maze_drawlargest(Maze* maze);
+/// The number under which the sphere was computed, never 0. Another one after each Maze_freeflags with
+/// ATT_GEOMETRY on this level or one below, so that what is kept about all of them can tell that it is old.
+u32 Maze_drawstamp(Maze* maze);
 
 /// Makes stale what a change of this maze's positions or graph reaches: the maze itself, the siblings
 /// that its ports lead to, and all mazes above; with `recursive` all below as well. One comparison if

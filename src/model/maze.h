@@ -56,7 +56,7 @@ struct Maze {
     GrowArray attachments; // of Attachment
     f64 drawcentre[3];     // sphere of all that is drawn of this level and below: drawsphere.h
     f64 drawradius;        // negative while stale
-    f64 drawlargest;       // radius of the largest node therein
+    u32 drawstamp;         // another one each time that the sphere is computed
 };
 
 /// Node `n`, trusted to exist; good until the next node is added or deleted.

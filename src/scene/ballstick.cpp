@@ -265,22 +265,13 @@ void ballstick_sticklist(Maze* maze)
     impostors_end();
 }
 
-static void beginlit(u32 program, const f64 lamp[3], bool lit, const LightRec* light)
-{
-    program_use(program);
-    projection_set(program);
-    lamp_set(program, lamp, lit);
-    lights_set(program, light);
-}
-
 void ballstick_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* light)
 {
-    const ListView from = {.view = &game->view, .reach = 0.0};
     f64 cursor[3];
     f64 radius;
     MazeGame_viewpos_radius(cursor, game, &radius);
-    beginlit(sphere_program(), cursor, lit, light);
-    Maze_calllist(root, "ballstick_ballslist", ballstick_balllist, true, &from);
+    lit_begin(sphere_program(), cursor, lit, light);
+    Maze_calllist(root, "ballstick_ballslist", ballstick_balllist, true, &game->view);
     if (lit) {
         program_use(sphere_program_unlit());
         projection_set(sphere_program_unlit());
@@ -288,7 +279,7 @@ void ballstick_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* 
     impostors_begin();
     impostor_sphere(0xFFFFFF, cursor, 1.5 * radius);
     impostors_end();
-    beginlit(cylinder_program(), cursor, lit, light);
-    Maze_calllist(root, "ballstick_stickslist", ballstick_sticklist, true, &from);
+    lit_begin(cylinder_program(), cursor, lit, light);
+    Maze_calllist(root, "ballstick_stickslist", ballstick_sticklist, true, &game->view);
     program_use(0);
 }

@@ -155,16 +155,6 @@ static void emitplate(const GantryPlate* plate, void* to)
     }
 }
 
-static void emitbar(const GantryBar* bar, void* /*to*/)
-{
-    impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
-}
-
-static void emitball(const GantryBall* ball, void* /*to*/)
-{
-    impostor_sphere(ball->colour, ball->centre, ball->radius);
-}
-
 void gantry_walkways(Maze* maze)
 {
     glBegin(GL_QUADS);
@@ -178,33 +168,25 @@ void gantry_walkways(Maze* maze)
 void gantry_railings(Maze* maze)
 {
     impostors_begin();
-    gantry_eachbar(maze, emitbar, nullptr);
+    gantry_eachbar(maze, gantry_emitbar, nullptr);
     impostors_end();
 }
 
 void gantry_railballs(Maze* maze)
 {
     impostors_begin();
-    gantry_eachball(maze, emitball, nullptr);
+    gantry_eachball(maze, gantry_emitball, nullptr);
     impostors_end();
 }
 
 // -------- the plot
-
-static void begin(GLuint program, const f64 lamp[3], bool lit, const LightRec* light)
-{
-    program_use(program);
-    projection_set(program);
-    lamp_set(program, lamp, lit);
-    lights_set(program, light);
-}
 
 static void beginplates(const f64 lamp[3], bool lit, const LightRec* light)
 {
     if (plateprogram == 0) {
         plateprogram = program_make_lists(platevertex, 1, platefragment, 2);
     }
-    begin(plateprogram, lamp, lit, light);
+    lit_begin(plateprogram, lamp, lit, light);
     uniform_i32(plateprogram, "tex", 0);
     uniform_i32(plateprogram, "tnorm", 1);
     bindtextures();
@@ -301,10 +283,10 @@ void gantry_plot(Maze* root, const MazeGame* game, bool lit, const LightRec* lig
     drawlayer(root, &plates, sight);
     program_use(0);
     glDisable(GL_BLEND);
-    begin(cylinder_program(), lamp, lit, light);
+    lit_begin(cylinder_program(), lamp, lit, light);
     drawlayer(root, &bars, sight);
     program_use(0);
-    begin(sphere_program(), lamp, lit, light);
+    lit_begin(sphere_program(), lamp, lit, light);
     drawlayer(root, &balls, sight);
     program_use(0);
 }

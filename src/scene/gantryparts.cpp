@@ -339,7 +339,7 @@ static void makerailing(const Way* way, const StretchSink* sink)
     out.kind = GANTRY_WALKWAY;
     out.colour = way->colour;
     out.length = way->length;
-    out.parts = partcount(0.2 * way->length + 0.5); // spans are about 5 long
+    out.parts = partcount(GANTRY_SPANS * way->length + 0.5);
     addscaled(out.start[0], way->p, rec->prevcorner, 1.0);
     addscaled(out.end[0], way->q, back->corner, 1.0);
     out.first[0] = rec->prevcornerdist;

@@ -20,6 +20,7 @@ inline constexpr f64 GANTRY_RUNGRADIUS = 0.015;
 inline constexpr f64 GANTRY_BALLRADIUS = 0.035;
 inline constexpr f64 GANTRY_HEIGHT = 1.0;     // of posts and of the upper bar; the other is at half
 inline constexpr f64 GANTRY_HALFLADDER = 0.2; // from the middle of a ladder to a rail
+inline constexpr f64 GANTRY_SPANS = 0.2;      // between posts, per unit of length
 inline constexpr f64 GANTRY_REPEATS = 20.0;   // of the plate's texture, per unit of length
 
 /// The most rungs or spans that one edge is cut into. Of more, neighbours stand on one place as far as

@@ -1,5 +1,9 @@
 // How far gantries reach beyond the draw spheres of their levels, by which a plot leaves out what can't
 // touch the picture.
+//
+// There is no bound that follows from radii alone: the corner between two exits stands off the farther
+// the closer they are in angle, and posts that a corner leaves no room for may stand anywhere on the line
+// of their side.
 #pragma once
 
 #include "model/maze.h"
@@ -14,6 +18,6 @@ struct GantryExtent {
 /// takes time linear in the level's nodes and no table of exits.
 const GantryExtent* gantry_extent(Maze* maze);
 
-/// Whether nothing is painted of a level and of all below it, judged from its draw sphere and the largest
-/// node in it alone: no extent is computed.
+/// Whether nothing is painted of a level and of all below it. Takes the extents of all of them, once until
+/// one changes.
 bool gantry_outofview(Maze* maze, const Sight* sight);

@@ -40,44 +40,30 @@ bool gantry_haslongway(Maze* maze)
 
 // -------- parts
 
-static void drawbar(const GantryBar* bar, void* once)
+void gantry_emitbar(const GantryBar* bar, void* once)
 {
-    ListOnce_part(static_cast<ListOnce*>(once), GL_QUADS);
-    impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
-}
-
-static void drawball(const GantryBall* ball, void* once)
-{
-    ListOnce_part(static_cast<ListOnce*>(once), GL_QUADS);
-    impostor_sphere(ball->colour, ball->centre, ball->radius);
-}
-
-static void listbar(const GantryBar* bar, void* /*to*/)
-{
-    impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
-}
-
-static void listball(const GantryBall* ball, void* /*to*/)
-{
-    impostor_sphere(ball->colour, ball->centre, ball->radius);
-}
-
-static void liststretch(const GantryStretch* stretch, GantryPart which)
-{
-    if (which == GANTRY_BARS) {
-        gantry_stretchbars(stretch, nullptr, listbar, nullptr);
-    } else {
-        gantry_stretchballs(stretch, nullptr, listball, nullptr);
+    if (once != nullptr) {
+        ListOnce_part(static_cast<ListOnce*>(once), GL_QUADS);
     }
+    impostor_cylinder(bar->colour, bar->start, bar->axis, bar->radius);
 }
 
+void gantry_emitball(const GantryBall* ball, void* once)
+{
+    if (once != nullptr) {
+        ListOnce_part(static_cast<ListOnce*>(once), GL_QUADS);
+    }
+    impostor_sphere(ball->colour, ball->centre, ball->radius);
+}
+
+// With null for sight and list the whole stretch goes into the batch that is open.
 static void drawstretch(const GantryStretch* stretch, GantryPart which, const Sight* sight,
                         ListOnce* once)
 {
     if (which == GANTRY_BARS) {
-        gantry_stretchbars(stretch, sight, drawbar, once);
+        gantry_stretchbars(stretch, sight, gantry_emitbar, once);
     } else {
-        gantry_stretchballs(stretch, sight, drawball, once);
+        gantry_stretchballs(stretch, sight, gantry_emitball, once);
     }
 }
 
@@ -98,7 +84,8 @@ static void listshort(Builder* builder)
         glNewList(list, GL_COMPILE);
         impostors_begin();
         for (u32 i = builder->shortfrom; i < rows->stretches.count; i++) {
-            liststretch(items<GantryStretch>(&rows->stretches) + i, builder->which);
+            drawstretch(items<GantryStretch>(&rows->stretches) + i, builder->which, nullptr,
+                        nullptr);
         }
         impostors_end();
         glEndList();

@@ -8,6 +8,7 @@
 // comes in the same order as from the level's lists, which decides what is seen where depths are equal.
 #pragma once
 
+#include "scene/gantryparts.h"
 #include "scene/gantryreach.h"
 #include "scene/lists.h"
 
@@ -19,6 +20,10 @@ extern f64 gantry_longway;
 
 /// Whether a level has a long way.
 bool gantry_haslongway(Maze* maze);
+
+/// Receivers of bars and balls: into `once`, a ListOnce, or with null into the batch of quads that is open.
+void gantry_emitbar(const GantryBar* bar, void* once);
+void gantry_emitball(const GantryBall* ball, void* once);
 
 /// Draws bars or balls of one level, in part into `once`; what is out of sight is left out. The program is
 /// current. Kept as "gantryrows_railings" and "gantryrows_railballs" with flags 3.

@@ -303,6 +303,24 @@ void gantry_stretchballs(const GantryStretch* stretch, const Sight* sight, Gantr
     }
 }
 
+f64 gantry_stretchstray(const GantryStretch* stretch)
+{
+    if (stretch->kind != GANTRY_WALKWAY || stretch->parts < 2) {
+        return 0.0;
+    }
+    f64 most = 0.0;
+    for (i32 side = 1; side >= 0; side--) {
+        const f64 first = weightof(stretch, side, 1);
+        const f64 last = weightof(stretch, side, stretch->parts - 1);
+        const f64 before = std::fmax(0.0, -std::fmin(first, last));
+        const f64 behind = std::fmax(0.0, std::fmax(first, last) - 1.0);
+        f64 along[3];
+        vec3_sub(along, stretch->end[side], stretch->start[side]);
+        most = std::fmax(most, std::fmax(before, behind) * vec3_length(along));
+    }
+    return most;
+}
+
 i32 gantry_stretchcount(const GantryStretch* stretch)
 {
     switch (stretch->kind) {

@@ -17,5 +17,9 @@ void gantry_stretchbars(const GantryStretch* stretch, const Sight* sight, Gantry
 void gantry_stretchballs(const GantryStretch* stretch, const Sight* sight, GantryTakeBall take,
                          void* to);
 
+/// How far the posts of a stretch stand before and behind its lines, at most. They are set by distances
+/// along the way, and where corners cut a side short of these they stand where the side would be.
+f64 gantry_stretchstray(const GantryStretch* stretch);
+
 /// How many bars a stretch has; its balls aren't more.
 i32 gantry_stretchcount(const GantryStretch* stretch);

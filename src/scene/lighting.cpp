@@ -53,3 +53,11 @@ void lamp_set(GLuint program, const f64 pos[3], bool lit)
     uniform_vec3(program, "lpos0", pos);
     uniform_vec3(program, "lcol0", colour);
 }
+
+void lit_begin(GLuint program, const f64 lamp[3], bool lit, const LightRec* light)
+{
+    program_use(program);
+    projection_set(program);
+    lamp_set(program, lamp, lit);
+    lights_set(program, light);
+}

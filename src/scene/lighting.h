@@ -16,6 +16,9 @@ void lamp_set(GLuint program, const f64 pos[3], bool lit);
 /// Sets `proj` of the current program to the projection of the moment.
 void projection_set(GLuint program);
 
+/// Makes a program current, and sets the projection of the moment, the lamp and the daylight.
+void lit_begin(GLuint program, const f64 lamp[3], bool lit, const LightRec* light);
+
 /// Set one uniform of the current program.
 void uniform_f32(GLuint program, const char* name, f32 value);
 void uniform_i32(GLuint program, const char* name, i32 value);

@@ -55,9 +55,9 @@ bool Maze_unpainted(Maze* maze, const Sight* sight, f64 reach)
 
 // `sight` is null where nothing is left out.
 static void calllists(Maze* maze, const char* name, ListBuilder builder, bool recursive,
-                      const Sight* sight, f64 reach)
+                      const Sight* sight)
 {
-    if (sight != nullptr && Maze_unpainted(maze, sight, reach)) {
+    if (sight != nullptr && Maze_unpainted(maze, sight, 0.0)) {
         return;
     }
     GLuint list = list_name(Maze_attachment(maze, name));
@@ -68,21 +68,19 @@ static void calllists(Maze* maze, const char* name, ListBuilder builder, bool re
     for (i32 n = recursive ? Maze_count(maze) - 1 : -1; n >= 0; n--) {
         Maze* const sub = Maze_node(maze, n)->sub;
         if (sub != nullptr) {
-            calllists(sub, name, builder, true, sight, reach);
+            calllists(sub, name, builder, true, sight);
         }
     }
 }
 
 void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
-                   const ListView* from)
+                   const ViewRec* view)
 {
-    if (from == nullptr || from->view == nullptr) {
-        calllists(maze, name, builder, recursive, nullptr, 0.0);
-        return;
-    }
     Sight sight;
-    Sight_make(&sight, from->view);
-    calllists(maze, name, builder, recursive, &sight, from->reach);
+    if (view != nullptr) {
+        Sight_make(&sight, view);
+    }
+    calllists(maze, name, builder, recursive, view != nullptr ? &sight : nullptr);
 }
 
 static const i32 mostparts = 20000; // in one list, which bounds its memory

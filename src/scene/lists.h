@@ -25,12 +25,6 @@ u32 list_name(const void* data);
 /// What emits one level of a style into the list being compiled.
 using ListBuilder = void (*)(Maze* maze);
 
-/// What a plot leaves out of its lists' calls: levels that can't touch the picture.
-struct ListView {
-    const ViewRec* view; // of this depth slice; null leaves nothing out
-    f64 reach;           // how far the style draws beyond the draw sphere of a level, world units
-};
-
 /// Whether nothing is painted of a level and of those below it, where the style draws no further than
 /// `reach` beyond their draw spheres.
 bool Maze_unpainted(Maze* maze, const Sight* sight, f64 reach);
@@ -38,11 +32,11 @@ bool Maze_unpainted(Maze* maze, const Sight* sight, f64 reach);
 /// Calls the list that a level keeps as the attachment `name` (flags 3), building it if it is missing,
 /// and, if `recursive`, those of all levels below, last node first.
 ///
-/// A level of whose draw sphere, wider by `reach`, nothing is painted (sight.h) is left out with all below
-/// it, and its list isn't built. Lists are built between the calls of others, in the program that is
-/// current.
+/// A level of whose draw sphere nothing is painted in `view` (sight.h) is left out with all below it, and its
+/// list isn't built; null leaves nothing out. So the style must draw no further. Lists are built between the
+/// calls of others, in the program that is current.
 void Maze_calllist(Maze* maze, const char* name, ListBuilder builder, bool recursive,
-                   const ListView* from);
+                   const ViewRec* view);
 
 /// What is drawn once, through lists that live no longer. Drivers may cut quads in another way where they
 /// are drawn vertex by vertex, and round otherwise: in this way all looks the same, to the last bit, as from

@@ -58,7 +58,6 @@ static f64 worst(Maze* maze)
     f64 shortage = -std::numeric_limits<f64>::infinity();
     for (const MazeNode* const node : balls) {
         shortage = std::max(shortage, shortby(sphere, node));
-        shortage = std::max(shortage, node->radius - Maze_drawlargest(maze));
     }
     return shortage;
 }
@@ -342,23 +341,23 @@ TEST(Maze_drawsphere, too_large_for_its_numbers_is_never_left_out)
     }
 }
 
-TEST(Maze_drawlargest, is_the_radius_of_the_largest_node_of_all_levels)
+// A root with a nest of two levels in node 0 and a maze beside it in node 1.
+TEST(Maze_drawstamp, is_another_one_after_a_change_of_the_level_or_one_below_and_stays_otherwise)
 {
-    Maze* const maze = Maze_new();
-    EXPECT_EQ(Maze_drawlargest(maze), 0.0);
-    MazeNode node = MazeNode_fresh(0, 0, 0, 2);
-    Maze_addnode(maze, &node);
-    node.radius = 9; // a submaze stands in its place
-    Maze_addnode(maze, &node);
-    Maze* const sub = Maze_new();
-    sub->parent = maze;
-    sub->parentnode = 1;
-    Maze_node(maze, 1)->sub = sub;
-    node.radius = -3;
-    Maze_addnode(sub, &node);
-    Maze_freeflags(maze, ATT_GEOMETRY, false);
-    EXPECT_EQ(Maze_drawlargest(sub), 3.0);
-    EXPECT_EQ(Maze_drawlargest(maze), 3.0);
+    Maze* const maze = make_nodes(2);
+    Maze* const sub = hang(maze, 0, make_nodes(2));
+    Maze* const deep = hang(sub, 0, make_nodes(1));
+    Maze* const other = hang(maze, 1, make_nodes(1));
+    const u32 before[] = {Maze_drawstamp(maze), Maze_drawstamp(sub), Maze_drawstamp(deep),
+                          Maze_drawstamp(other)};
+    EXPECT_NE(0U, before[3]);
+    Maze_freeflags(sub, ATT_VISITS, false);
+    EXPECT_EQ(before[0], Maze_drawstamp(maze));
+    Maze_freeflags(sub, ATT_GEOMETRY,
+                   false); // nothing has moved, so all spheres stay what they are
+    EXPECT_NE(before[0], Maze_drawstamp(maze));
+    EXPECT_NE(before[1], Maze_drawstamp(sub));
+    EXPECT_EQ(before[3], Maze_drawstamp(other));
     Maze_free(maze, true);
 }
 

@@ -661,6 +661,19 @@ TEST(Maze_edgeanglerecs, give_equal_angles_a_corner_at_no_distance_in_exit_order
     EXPECT_DOUBLE_EQ(0.5, rec(maze.get(), 0, 0)->corner[1]);
 }
 
+// Angles of west and of a little north and south of it are all but a turn apart.
+TEST(Maze_edgeanglerecs, put_the_corner_of_two_exits_around_west_far_off)
+{
+    const World maze(make_star(2));
+    place(maze.get(), 0, 0, 0);
+    place(maze.get(), 1, -4 * std::cos(0.002), 4 * std::sin(0.002));
+    place(maze.get(), 2, -4 * std::cos(0.002), -4 * std::sin(0.002));
+    Maze_edgeanglerecs(maze.get());
+    EXPECT_NEAR(0.5 / std::tan(0.002), rec(maze.get(), 0, 0)->cornerdist, 1e-6);
+    EXPECT_NEAR(-0.5 / std::sin(0.002), rec(maze.get(), 0, 0)->corner[0], 1e-6);
+    EXPECT_NEAR(0.0, rec(maze.get(), 0, 0)->corner[1], 1e-6);
+}
+
 TEST(Maze_edgeanglerecs, of_nodes_with_submazes_and_behind_the_exits_are_zero)
 {
     const TwoSubs world;

@@ -1,4 +1,5 @@
 // Levels of gantries that are left out of a picture, and how far gantries reach.
+#include "model/attachment.h"
 #include "model/drawsphere.h"
 #include "model/pos.h"
 #include "scene/gantry.h"
@@ -7,6 +8,8 @@
 #include "tests/world.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 #include <random>
 
 // Nine nodes in a square around a place, joined as a grid, with a maze of the same kind in every
@@ -90,16 +93,53 @@ TEST(gantry_culling, builds_no_list_of_a_level_out_of_view)
     EXPECT_EQ(nest.built(), 31);
 }
 
-TEST(gantry_culling, knows_how_far_each_part_stands_off_from_its_level)
+// Beside the player a maze far to the east, made by `fill` on this place.
+static const f64 east[3] = {300, 0, 0};
+
+template <typename Fill> static auto to_the_east(Fill fill)
 {
-    const ReachNest nest(2);
+    return [fill](Maze* root) {
+        add_node(root, 0, 0, 0, 0.5);
+        add_node(root, east[0], east[1], east[2], 0.5);
+        fill(add_sub(root, 1));
+    };
+}
+
+static i32 add_arm(Maze* maze, i32 from, f64 length, f64 angle, f64 radius)
+{
+    const f64* const p = Maze_node(maze, from)->pos;
+    const i32 n = add_node(maze, p[0] + length * std::cos(angle), p[1] + length * std::sin(angle),
+                           p[2], radius);
+    Maze_join(maze, from, n);
+    return n;
+}
+
+// Two walkways that lead west, one on each side of it: their angles are all but a turn apart, and so the
+// corner between them stands off by 50 units.
+static void fill_wedge(Maze* maze)
+{
+    add_node(maze, east[0], east[1], east[2], 0.1);
+    add_arm(maze, 0, 5, std::numbers::pi - 0.002, 0.1);
+    add_arm(maze, 0, 5, -std::numbers::pi + 0.002, 0.1);
+}
+
+// A walkway of which corners take the whole left side but for a hundredth of a unit, with a radius twice as
+// large at one end: the line through that bit leads its post 50 units to the side.
+static void fill_pinched(Maze* maze)
+{
+    add_node(maze, east[0], east[1], east[2], 1.0);
+    add_arm(maze, 0, 10, 0, 0.5);
+    add_arm(maze, 0, 8, 2 * std::atan(1 / 6.0), 1.0);
+    add_arm(maze, 1, 3, std::numbers::pi - 2 * std::atan(0.5 / 3.99), 0.5);
+}
+
+static void expect_held(const GantryNest& nest)
+{
     for (Maze* const maze : nest.mazes) {
         f64 centre[3];
         f64 radius;
         Maze_drawsphere(maze, centre, &radius);
         const f64 most = radius + gantry_extent(maze)->reach;
-        EXPECT_LE(gantry_extent(maze)->reach,
-                  200.1 * radius + 1.07); // as is assumed of all below a level
         for (const GantryPlate& plate : walkways_of(maze)) {
             for (const GantryCorner& corner : plate.corners) {
                 EXPECT_LE(length(vec(corner.pos) - vec(centre)), most);
@@ -114,4 +154,55 @@ TEST(gantry_culling, knows_how_far_each_part_stands_off_from_its_level)
             EXPECT_LE(length(vec(ball.centre) - vec(centre)) + ball.radius, most);
         }
     }
+}
+
+TEST(gantry_culling, knows_how_far_each_part_stands_off_from_its_level)
+{
+    expect_held(ReachNest(2));
+    expect_held(GantryNest(48, 36, to_the_east(fill_wedge)));
+    expect_held(GantryNest(48, 36, to_the_east(fill_pinched)));
+}
+
+// What stands around a place is seen from close by, and nothing on the other side.
+template <typename Fill> static void expect_seen(Fill fill, Vec place)
+{
+    GantryNest nest(48, 36, to_the_east(fill));
+    const f64 eye[3] = {place.x, place.y + 0.5, place.z + 0.5};
+    const f64 up[3] = {eye[0], eye[1] + 0.1, eye[2] + 1};
+    look_at(&nest.game, eye, up);
+    const Picture sky = picture_draw(&nest.game);
+    const f64 target[3] = {place.x, place.y, place.z + 0.3};
+    look_at(&nest.game, eye, target);
+    const Picture culled = picture_draw(&nest.game);
+    gantry_everylevel = true;
+    const Picture whole = picture_draw(&nest.game);
+    gantry_everylevel = false;
+    EXPECT_TRUE(culled.bytes == whole.bytes);
+    EXPECT_FALSE(sky.bytes == whole.bytes);
+}
+
+TEST(gantry_culling, leaves_in_a_corner_between_two_ways_west)
+{
+    expect_seen(fill_wedge, {255, 0, 0});
+}
+
+TEST(gantry_culling, leaves_in_a_post_that_stands_far_off_its_walkway)
+{
+    expect_seen(fill_pinched, {305, 51, 0});
+}
+
+TEST(gantry_culling, takes_a_maze_that_has_come_to_reach_farther_into_account)
+{
+    GantryNest nest(48, 36, to_the_east(fill_wedge));
+    Maze* const wedge = nest.mazes[1];
+    const f64 eye[3] = {255, 0.5, 0.5};
+    const f64 target[3] = {255, 0, 0.3};
+    look_at(&nest.game, eye, target);
+    f64* const arm = Maze_node(wedge, 2)->pos;
+    arm[1] = -5; // to the south-west
+    Maze_freeflags(wedge, ATT_GEOMETRY, false);
+    const Picture without = picture_draw(&nest.game);
+    arm[1] = -0.01;
+    Maze_freeflags(wedge, ATT_GEOMETRY, false);
+    EXPECT_FALSE(without.bytes == picture_draw(&nest.game).bytes);
 }

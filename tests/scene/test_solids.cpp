@@ -233,10 +233,10 @@ TEST(Maze_calllist, builds_each_list_once_and_deletes_it_with_the_world)
     EXPECT_EQ(gl_count.calls["glDeleteLists"], 4);
 }
 
-static i32 calls_of(Maze* maze, const ListView* from, bool recursive)
+static i32 calls_of(Maze* maze, const ViewRec* view, bool recursive)
 {
     gl_count.calls.clear();
-    Maze_calllist(maze, "ballstick_ballslist", ballstick_balllist, recursive, from);
+    Maze_calllist(maze, "ballstick_ballslist", ballstick_balllist, recursive, view);
     return gl_count.calls["glCallList"];
 }
 
@@ -254,15 +254,24 @@ TEST(Maze_calllist, neither_builds_nor_calls_what_is_out_of_the_view)
     Nest nest;
     picture_begin(&nest.game);
     ViewRec* const view = &nest.game.view;
-    const ListView from = {view, 0};
-    EXPECT_EQ(calls_of(nest.root, &from, true), 2);
+    EXPECT_EQ(calls_of(nest.root, view, true), 2);
     view->far = 10; // the submaze begins at 17, the player's node stands behind the eye
-    EXPECT_EQ(calls_of(nest.root, &from, true), 1);
+    EXPECT_EQ(calls_of(nest.root, view, true), 1);
     Maze_freeflags(nest.sub, ATT_GEOMETRY, false);
-    EXPECT_EQ(calls_of(nest.root, &from, true), 1);
+    EXPECT_EQ(calls_of(nest.root, view, true), 1);
     EXPECT_EQ(Maze_attachment(nest.sub, "ballstick_ballslist"), nullptr);
-    const ListView reaching = {view, 10};
-    EXPECT_EQ(calls_of(nest.root, &reaching, true), 2);
+}
+
+TEST(Maze_unpainted, goes_by_the_draw_sphere_and_how_far_is_drawn_beyond_it)
+{
+    open_window();
+    Nest nest;
+    picture_begin(&nest.game);
+    nest.game.view.far = 10; // the submaze begins at 17
+    Sight sight;
+    Sight_make(&sight, &nest.game.view);
+    EXPECT_TRUE(Maze_unpainted(nest.sub, &sight, 0));
+    EXPECT_FALSE(Maze_unpainted(nest.sub, &sight, 10));
 }
 
 // A level far ahead, a fifth of a pixel large, whose middle is seen `part` of a pixel right of the
@@ -276,8 +285,7 @@ static i32 calls_of_a_speck(f64 part)
     add_node(sub, x, x, -1000, 0.1 * pixel);
     finish_world(world.root);
     picture_begin(&world.game);
-    const ListView from = {&world.game.view, 0};
-    return calls_of(world.root, &from, true);
+    return calls_of(world.root, &world.game.view, true);
 }
 
 TEST(Maze_calllist, leaves_out_what_is_small_only_between_the_middles_of_pixels)

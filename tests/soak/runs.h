@@ -9,6 +9,7 @@
 void run_hands(i32 seed, i32 seconds, bool nested);
 
 /// The same 20 worlds again and again, made with the key N in one run of the program, each drawn in all
-/// styles. After each world the program's own blocks are as many as in the round before, and at the
-/// end of the last round the process takes as much memory as after the first, within a tenth.
+/// styles. A round that isn't counted comes first. After each world the program's own blocks are as many as
+/// in the first round, and at the end of each round the process takes as much memory as after the first,
+/// within a tenth.
 void run_rounds(i32 seed, i32 rounds);

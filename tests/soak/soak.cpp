@@ -21,8 +21,10 @@ static const char help_text[] =
     "a seed it is 1. With --nested the world of millions of nodes comes once.\n"
     "\n"
     "soak --rounds N [--seed S]\n"
-    "Makes the same 20 worlds N times, with the key N for each, and compares what is held in "
-    "memory.\n"
+    "Makes the same 20 worlds N times and once before, with the key N for each, and compares what "
+    "is "
+    "held\n"
+    "in memory.\n"
     "\n"
     "The exit code is 0 if nothing was found, 1 for a finding, 2 for a bad argument.\n";
 

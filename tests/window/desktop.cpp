@@ -157,8 +157,8 @@ void Desktop::signal_server(int number) const
 
 void Desktop::find_tools(Screens screens) const
 {
-    std::vector<const char*> tools = {"Xvfb",   "openbox",  "xdotool",
-                                      "wmctrl", "xwininfo", "setxkbmap"};
+    std::vector<const char*> tools = {"Xvfb",     "openbox",   "xdotool", "wmctrl",
+                                      "xwininfo", "setxkbmap", "xmodmap"};
     if (screens == TWO_SCREENS) {
         tools = {"Xorg", "xrandr", "openbox", "xdotool", "wmctrl", "xwininfo"};
     }
@@ -322,21 +322,21 @@ static std::uint32_t heading(const std::string& file, size_t index)
     return value;
 }
 
-std::vector<std::uint32_t> Desktop::pixels(const std::string& window) const
+Pixels Desktop::pixels(const std::string& window) const
 {
     const std::string text = client_text(*this, window);
     return area(value_of(text, "Absolute upper-left X"), value_of(text, "Absolute upper-left Y"),
                 {value_of(text, "Width"), value_of(text, "Height")});
 }
 
-std::vector<std::uint32_t> Desktop::bare_pixels(const std::string& window) const
+Pixels Desktop::bare_pixels(const std::string& window) const
 {
     run("xdotool mousemove " + std::to_string(screen.width - 1) + " " +
         std::to_string(screen.height - 1) + " sleep 0.2"); // the pointer is seen in the picture
     return pixels(window);
 }
 
-std::vector<std::uint32_t> Desktop::area(int left, int top, Size size) const
+Pixels Desktop::area(int left, int top, Size size) const
 {
     enum { HEADER_SIZE = 0, WIDTH = 4, HEIGHT = 5, PIXEL_BITS = 11, LINE_BYTES = 12, COLOURS = 19 };
     const std::string file = file_text(place + "/Xvfb_screen0");
@@ -346,7 +346,7 @@ std::vector<std::uint32_t> Desktop::area(int left, int top, Size size) const
     const int width = static_cast<int>(heading(file, WIDTH));
     const int height = static_cast<int>(heading(file, HEIGHT));
     const size_t first = heading(file, HEADER_SIZE) + 12 * size_t{heading(file, COLOURS)};
-    std::vector<std::uint32_t> out;
+    Pixels out;
     for (int y = std::max(top, 0); y < std::min(top + size.height, height); y++) {
         for (int x = std::max(left, 0); x < std::min(left + size.width, width); x++) {
             const size_t at = first + static_cast<size_t>(y) * heading(file, LINE_BYTES) +
@@ -362,6 +362,6 @@ std::vector<std::uint32_t> Desktop::area(int left, int top, Size size) const
 
 size_t Desktop::colours(const std::string& window) const
 {
-    const std::vector<std::uint32_t> all = pixels(window);
+    const Pixels all = pixels(window);
     return std::set<std::uint32_t>(all.begin(), all.end()).size();
 }

@@ -37,6 +37,9 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
+/// Colours from the upper left corner on, row by row, as 0xRRGGBB.
+using Pixels = std::vector<std::uint32_t>;
+
 /// What a desktop is shown on. ONE_SCREEN is Desktop::screen. TWO_SCREENS, of an X server with a driver
 /// that has outputs without hardware, are 800x600 at the corner and 640x480 at 800,60; what stands on
 /// them can't be read.
@@ -56,10 +59,10 @@ class Desktop
     /// The same, but a failure is only told: false.
     bool tried(const std::string& command) const;
 
-    /// The client pixels of a window, as 0xRRGGBB from its upper left corner, as they stand now.
-    std::vector<std::uint32_t> pixels(const std::string& window) const;
+    /// The client pixels of a window as they stand now.
+    Pixels pixels(const std::string& window) const;
     /// The same, with the pointer moved out of the picture first.
-    std::vector<std::uint32_t> bare_pixels(const std::string& window) const;
+    Pixels bare_pixels(const std::string& window) const;
     /// How many different colours a window shows.
     size_t colours(const std::string& window) const;
     Size client_size(const std::string& window) const;
@@ -81,7 +84,7 @@ class Desktop
     }
 
   private:
-    std::vector<std::uint32_t> area(int left, int top, Size size) const;
+    Pixels area(int left, int top, Size size) const;
     void find_tools(Screens screens) const;
     void start_server(const std::vector<std::string>& words);
     void start_one_screen();

@@ -4,13 +4,10 @@
 #include "model/mazegame.h"
 #include "model/savefile.h"
 #include "tests/mazes.h"
+#include "tests/window/desktop.h"
 
-#include <cstdint>
 #include <gtest/gtest.h>
 #include <string>
-#include <vector>
-
-using Pixels = std::vector<std::uint32_t>;
 
 inline constexpr double same =
     0.001; // share of pixels by which two pictures of the same may differ

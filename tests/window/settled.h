@@ -3,10 +3,6 @@
 
 #include "tests/window/session.h"
 
-#include <vector>
-
-using Pixels = std::vector<std::uint32_t>;
-
 /// The share of pixels in which two pictures differ.
 inline double difference(const Pixels& a, const Pixels& b)
 {

@@ -68,6 +68,12 @@ static void expect_gone_on(const Kept& before, const Kept& after, double lasted)
     EXPECT_LE(after.time, before.time + lasted);
 }
 
+static void wait_for_picture(const Desktop& desktop, Session* run)
+{
+    run->wait_for_window();
+    ASSERT_TRUE(wait_until(20, [&] { return desktop.colours(run->window()) > 8; }));
+}
+
 // Ends a run, says whether it might end unsaved, as before the first line of the program.
 using Leave = std::function<bool(const Session& run)>;
 
@@ -79,8 +85,7 @@ static void run_once(const Desktop& desktop, const std::string& folder, bool sho
     const auto begin = std::chrono::steady_clock::now();
     Session run(desktop, folder);
     if (shown) {
-        run.wait_for_window();
-        ASSERT_TRUE(wait_until(20, [&] { return desktop.colours(run.window()) > 8; }));
+        ASSERT_NO_FATAL_FAILURE(wait_for_picture(desktop, &run));
     }
     if (minimised) {
         desktop.run("xdotool windowminimize " + run.window());
@@ -132,10 +137,7 @@ static void chain_of_input(const Desktop& desktop, const std::string& folder, bo
 // The window has the keys a little after its first picture.
 static bool tap(const Desktop& desktop, const Session& run, const char* key)
 {
-    EXPECT_TRUE(wait_until(10, [&] {
-        const std::string focus = desktop.run("xdotool getwindowfocus || true");
-        return focus.substr(0, focus.find('\n')) == run.window();
-    }));
+    run.wait_for_keys();
     desktop.run(std::string("xdotool key ") + key);
     return false;
 }
@@ -246,12 +248,6 @@ class LostDisplay : public testing::Test
 
     TempFolder folder;
 };
-
-static void wait_for_picture(const Desktop& desktop, Session* run)
-{
-    run->wait_for_window();
-    ASSERT_TRUE(wait_until(20, [&] { return desktop.colours(run->window()) > 8; }));
-}
 
 static void expect_told_and_saved(const Session& run, int code)
 {

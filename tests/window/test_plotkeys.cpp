@@ -29,7 +29,7 @@ struct Plot_keys : WindowTest {
         EXPECT_EQ(run->escape(), 0);
         EXPECT_EQ(run->errors(), "");
     }
-    // The picture once two in a row are the same.
+    // The picture once two in a row don't differ clearly.
     Pixels settled() const
     {
         Pixels now = desktop.bare_pixels(run->window());

@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <csignal>
 
-using Pixels = std::vector<std::uint32_t>; // 0xRRGGBB, from the upper left corner
-
 static const char* const long_key = "Stereo mode (0=none,1=top/bottom,2=side-by-side,3=interlace,"
                                     "4=two screen SBS,5=two screen vertical,6-8=coloured)";
 
@@ -31,7 +29,7 @@ class Stereo : public WindowTest
         run.tap("space");
     }
 
-    // The picture once two in a row are nearly the same.
+    // The picture once two in a row are the same.
     Pixels picture(const Session& run) const
     {
         Pixels last = desktop.pixels(run.window());
