@@ -22,6 +22,7 @@ enum {
 
 static const char* const held = "Another program has it open";
 static const char* const unnamable = "The system takes no such name";
+static const char* const untold = "It is a link, and the system does not tell to what";
 
 // What the system has to say, for errors that are rare; written by errortext, good until its next call.
 static char systemtext[512];
@@ -154,11 +155,10 @@ static bool joinpath(char* out, const char* folder, const char* name)
     return size < WHOLEFILE_PATH;
 }
 
-// The full path of `path`, if it can be told.
-static void fullpath(WholeFile* file, const char* path)
+// Takes the full path, which stands for `path`, if it can be told.
+static void takepath(WholeFile* file, const char* path, wchar_t* full)
 {
-    wchar_t wide[WIDEPATH];
-    if (!widen(wide, path) || !narrow(file->path, wide)) {
+    if (!narrow(file->path, full)) {
         wholefile_fail(file, "Could not write", path, unnamable);
     }
 }
@@ -180,8 +180,10 @@ static void resolvenew(WholeFile* file, const char* path)
         fail(file, "Could not find the folder", folder, GetLastError());
     } else if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
         wholefile_fail(file, "Could not find the folder", folder, std::strerror(ENOTDIR));
+    } else if (widen(wide, path)) {
+        takepath(file, path, wide);
     } else {
-        fullpath(file, path);
+        wholefile_fail(file, "Could not write", path, unnamable);
     }
 }
 
@@ -197,6 +199,13 @@ static bool islink(const wchar_t* wide)
     const DWORD attributes = GetFileAttributesW(wide); // of the link, not of what it leads to
     return attributes != INVALID_FILE_ATTRIBUTES &&
            (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// The path of what a link leads to. False if the system can't tell it, as for a drive without a letter.
+static bool followed(wchar_t out[WIDEPATH], HANDLE handle)
+{
+    const DWORD length = GetFinalPathNameByHandleW(handle, out, WIDEPATH, FILE_NAME_NORMALIZED);
+    return length > 0 && length < WIDEPATH;
 }
 
 // What is replaced must be a file that can be written. Its attributes go to `attributes`.
@@ -225,10 +234,6 @@ static bool ismissing(DWORD error)
 static bool resolve(WholeFile* file, const char* path, DWORD* attributes)
 {
     wchar_t wide[WIDEPATH];
-    if (!wholefile_copypath(file->path, path)) {
-        fail(file, "Could not write", path, ERROR_FILENAME_EXCED_RANGE);
-        return false;
-    }
     if (!widen(wide, path)) {
         wholefile_fail(file, "Could not write", path, unnamable);
         return false;
@@ -245,11 +250,12 @@ static bool resolve(WholeFile* file, const char* path, DWORD* attributes)
         }
         return false;
     }
-    if (islink(wide)) {
-        GetFinalPathNameByHandleW(handle, wide, WIDEPATH, FILE_NAME_NORMALIZED);
+    if (islink(wide) && !followed(wide, handle)) {
+        wholefile_fail(file, "Could not write", path, untold);
+    } else {
+        takepath(file, path, wide);
+        checkold(file, handle, attributes);
     }
-    narrow(file->path, wide);
-    checkold(file, handle, attributes);
     CloseHandle(handle);
     return !file->failed;
 }
@@ -391,7 +397,6 @@ void wholefile_open(WholeFile* file, const char* path)
 
 void wholefile_open_numbered(WholeFile* file, const char* path)
 {
-    wholefile_copypath(file->path, path);
     resolvenew(file, path);
     makefile(file);
 }
