@@ -100,6 +100,18 @@ TEST_F(On_Windows, closing_the_window_saves_and_the_program_here_goes_on_with_it
     EXPECT_GT(continued.time, left.time);
 }
 
+TEST_F(On_Windows, the_end_of_the_session_saves)
+{
+    settings("Seed: 4711\n");
+    Session run(desktop, folder, windows);
+    run.start();
+    desktop.run("wine wineboot --end-session");
+    EXPECT_EQ(run.finish(), 0);
+    EXPECT_EQ(Save(path("maze_save.dat")).world(), world_of_seed(4711));
+    EXPECT_NE(file_text(path("warnings.log")).find("The session ends, so Corvane ends."),
+              std::string::npos);
+}
+
 TEST_F(On_Windows, a_save_of_the_program_here_is_gone_on_with)
 {
     settings("Seed: 4711\n");

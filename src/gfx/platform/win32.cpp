@@ -39,8 +39,8 @@ static bool aware;        // of the resolution; set by becomeaware
 static bool modeset;      // by setmode and restoremode
 static bool sessionended; // by endsession
 
-// Input as it stands. Written by the window procedure, nextevent, readkeys, pointeroffset and the
-// cursor's routines.
+// Input as it stands. Written by the window procedure, nextevent, readkeys, pointeroffset, placeontop and
+// the cursor's routines.
 static PlatformEvent queued[MAXQUEUED];
 static i32 nqueued, nextqueued;
 static u8 tapped[PLATFORM_KEYS];  // gone down since the last reading
@@ -48,7 +48,7 @@ static i32 toldwidth, toldheight; // the last client size that was delivered or 
 static bool pointeraway;          // another window had the keys when the offset was last asked for
 static i32 cursorcount;           // shows less hides
 static bool ontop;                // above all ordinary windows
-static bool givingway; // no longer on top, but not yet behind the window that has the keys
+static bool givingway;            // no longer above them, but not yet behind the one with the keys
 
 // A routine that some versions of the system lack.
 template <typename T> static bool find(T* routine, const wchar_t* library, const char* name)
