@@ -237,6 +237,21 @@ TEST(win32_open, tells_a_class_that_is_taken_and_can_open_after_that)
     EXPECT_NE(wglGetCurrentContext(), nullptr);
 }
 
+TEST(win32_open, refuses_what_no_window_can_be)
+{
+    for (const bool framed : {false, true}) {
+        for (const i32 side : {32768, 1000000000}) {
+            const WindowRequest wide = {
+                .title = "", .width = side, .height = 100, .framed = framed};
+            const WindowRequest high = {
+                .title = "", .width = 100, .height = side, .framed = framed};
+            EXPECT_EQ(platform_win32.open(&wide), PLATFORM_NO_WINDOW);
+            EXPECT_EQ(platform_win32.open(&high), PLATFORM_NO_WINDOW);
+            EXPECT_EQ(FindWindowW(L"OpenGL WinClass", nullptr), nullptr);
+        }
+    }
+}
+
 TEST(win32_glproc, finds_functions_old_and_new)
 {
     const Window window;

@@ -328,15 +328,28 @@ static void correctsize(const WindowRequest* want)
     }
 }
 
+// The system makes a smaller window than was asked for, and drivers end the process.
+static bool toolarge(i32 width, i32 height)
+{
+    if (width <= MAXSIDE && height <= MAXSIDE) {
+        return false;
+    }
+    std::fprintf(stderr, "The window is too large: %d by %d pixels\n", width, height);
+    return true;
+}
+
 static bool makewindow(const WindowRequest* want)
 {
     wchar_t title[MAXTITLE];
     widetitle(title, want->title);
     const RECT frame = framerect(want->framed);
+    const i32 width = want->width + frame.right - frame.left;
+    const i32 height = want->height + frame.bottom - frame.top;
+    if (toolarge(width, height)) {
+        return false;
+    }
     window = CreateWindowExW(0, classname, title, windowstyle(want->framed), want->x, want->y,
-                             want->width + frame.right - frame.left,
-                             want->height + frame.bottom - frame.top, nullptr, nullptr,
-                             GetModuleHandleW(nullptr), nullptr);
+                             width, height, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
     if (window == nullptr) {
         return false;
     }
@@ -447,7 +460,7 @@ static void closewindow()
     clearinput();
 }
 
-// There is no error where the system offers too little.
+// There may be none, as where the system offers too little.
 static void tellerror(DWORD error)
 {
     if (error == 0) {
@@ -475,6 +488,7 @@ static void synchroniseswaps()
 static PlatformOpen openwindow(const WindowRequest* want)
 {
     clearinput();
+    SetLastError(0);
     const PlatformOpen result = openparts(want);
     if (result != PLATFORM_OPEN) {
         tellerror(GetLastError());
