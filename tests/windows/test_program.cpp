@@ -190,6 +190,21 @@ class On_Windows_screens : public WindowsTest
     }
 };
 
+// Wine has the window manager lay a full screen over several screens, which this one can't.
+TEST_F(On_Windows_screens, are_taken_one_by_one_in_full_screen)
+{
+    const std::string full = "Windowed: N\nResolution: ";
+    expect_opened(full + "display 1\n", "800x600 at 0,0", windows);
+    expect_opened(full + "display 2\n", "640x480 at 800,60", windows);
+    expect_opened(full + "display 5\n", "800x600 at 0,0", windows);
+    expect_opened(full + "span 2\n", "640x480 at 800,60", windows);
+}
+
+TEST_F(On_Windows_screens, give_a_window_the_size_of_a_part_of_the_one_named)
+{
+    expect_opened("Resolution: display 2\n", "384x288 ", windows);
+}
+
 TEST_F(On_Windows_screens, a_mode_of_full_screen_is_taken_back)
 {
     settings("Windowed: N\nResolution: 640x480\n");
