@@ -238,7 +238,7 @@ static bool resolve(WholeFile* file, const char* path, DWORD* attributes)
         wholefile_fail(file, "Could not write", path, unnamable);
         return false;
     }
-    const HANDLE handle = look(wide);
+    HANDLE handle = look(wide);
     if (handle == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         if (ismissing(error) && islink(wide)) {
@@ -276,8 +276,7 @@ static void removestale(const char* path)
     if (!widen(wide, path) || islink(wide)) {
         return;
     }
-    const HANDLE handle =
-        CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE handle = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return;
     }
@@ -300,7 +299,7 @@ static void clearstale(const WholeFile* file)
     wholefile_tempstart(start, name);
     WIN32_FIND_DATAW entry;
     const bool named = joinpath(all, folder, "*") && widen(wide, all);
-    const HANDLE list = named ? FindFirstFileW(wide, &entry) : INVALID_HANDLE_VALUE;
+    HANDLE list = named ? FindFirstFileW(wide, &entry) : INVALID_HANDLE_VALUE;
     if (list == INVALID_HANDLE_VALUE) {
         return;
     }
@@ -323,13 +322,12 @@ static DWORD maketemp(WholeFile* file)
     if (!widen(wide, file->temp)) {
         return ERROR_INVALID_NAME;
     }
-    const HANDLE handle = CreateFileW(wide, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE handle = CreateFileW(wide, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return GetLastError();
     }
-    const HANDLE guard =
-        CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE guard = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
     if (guard != INVALID_HANDLE_VALUE && !takelock(guard)) { // of one who took it for a stale one
         CloseHandle(guard);
         CloseHandle(handle);
@@ -508,8 +506,8 @@ size_t wholefile_readsome(int handle, u8* bytes, size_t size, const char** reaso
 static HANDLE openold(const wchar_t* wide)
 {
     for (i32 i = MAXMOVES - 1;; i--) {
-        const HANDLE handle = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING,
-                                          FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+        HANDLE handle = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
         if (handle != INVALID_HANDLE_VALUE || GetLastError() != ERROR_SHARING_VIOLATION || i == 0) {
             return handle;
         }
@@ -541,7 +539,7 @@ WholeFileRead wholefile_readopen(const char* path, size_t most, u8** bytes, size
         *reason = unnamable;
         return WHOLEFILE_UNREADABLE;
     }
-    const HANDLE handle = openold(wide);
+    HANDLE handle = openold(wide);
     if (handle == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         if (ismissing(error) && !islink(wide)) {
@@ -570,7 +568,7 @@ WholeFileLock wholefile_lock(const char* folder, int* handle)
     *handle = -1;
     wchar_t wide[WIDEPATH];
     BY_HANDLE_FILE_INFORMATION place = {};
-    const HANDLE opened = widen(wide, folder) ? look(wide) : INVALID_HANDLE_VALUE;
+    HANDLE opened = widen(wide, folder) ? look(wide) : INVALID_HANDLE_VALUE;
     if (opened == INVALID_HANDLE_VALUE) {
         return WHOLEFILE_LOCKLESS;
     }
@@ -582,7 +580,7 @@ WholeFileLock wholefile_lock(const char* folder, int* handle)
     char name[64];
     std::snprintf(name, sizeof name, "Global\\Corvane-folder-%lx-%lx-%lx",
                   place.dwVolumeSerialNumber, place.nFileIndexHigh, place.nFileIndexLow);
-    const HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
     const DWORD error = GetLastError();
     if (mutex != nullptr && error != ERROR_ALREADY_EXISTS) {
         *handle = HandleToLong(mutex);
