@@ -74,26 +74,33 @@ static void makebuffer(WholeFile* file)
     }
 }
 
-static void startfile(WholeFile* file)
+// False if the path has no room.
+static bool startfile(WholeFile* file, const char* path)
 {
     *file = {};
     file->handle = -1;
     file->guard = -1;
+    if (!wholefile_copypath(file->path, path)) {
+        wholefile_fail(file, "Could not write", path, std::strerror(ENAMETOOLONG));
+    }
+    return !file->failed;
 }
 
 void wholefile_begin(WholeFile* file, const char* path)
 {
-    startfile(file);
-    wholefile_open(file, path);
-    makebuffer(file);
+    if (startfile(file, path)) {
+        wholefile_open(file, path);
+        makebuffer(file);
+    }
 }
 
 void wholefile_begin_numbered(WholeFile* file, const char* path)
 {
-    startfile(file);
-    file->numbered = true;
-    wholefile_open_numbered(file, path);
-    makebuffer(file);
+    if (startfile(file, path)) {
+        file->numbered = true;
+        wholefile_open_numbered(file, path);
+        makebuffer(file);
+    }
 }
 
 void wholefile_put(WholeFile* file, const void* bytes, size_t size)

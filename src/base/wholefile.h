@@ -8,6 +8,10 @@
 // its owner where the system lets it. Failures are told by a text, never by ending the process: from
 // the first replacement on SIGXFSZ is ignored, so that the limit of a file's size is one of them.
 //
+// On Windows what is kept is who may use the old file and whether it is hidden, and the rename itself waits
+// for the disk. There a file that another program has open can't be renamed or replaced: that is tried for
+// about a second.
+//
 // Until it has its name the new file is called .NAME.new-PROCESS and is locked by its writer. A run that
 // is killed meanwhile leaves it behind, without the lock; the next replacement of the same file removes
 // it. What another process is writing is never removed. Where there are no locks such files stay.
@@ -80,7 +84,8 @@ enum WholeFileLock {
 /// Takes the lock of a folder without waiting. The lock is on the folder itself: it leaves no file
 /// behind, needs a folder that can be read and not one that can be written, and holds whatever path
 /// led there. The system frees it when the process ends, however it ends; a process that is forked
-/// off while it is held shares it. `handle` receives what wholefile_unlock wants, -1 if not LOCKED.
+/// off while it is held shares it. On Windows it is seen by the processes of this machine only. `handle`
+/// receives what wholefile_unlock wants, -1 if not LOCKED.
 WholeFileLock wholefile_lock(const char* folder, int* handle);
 
 /// Frees the lock. Does nothing for -1.

@@ -73,10 +73,6 @@ static void resolvenew(WholeFile* file, const char* path)
 // Full path of the file that is replaced, links followed, and its record in `old` if it is there.
 static bool resolve(WholeFile* file, const char* path, struct stat* old)
 {
-    if (!wholefile_copypath(file->path, path)) {
-        fail(file, "Could not write", path, ENAMETOOLONG);
-        return false;
-    }
     if (isdangling(path)) {
         wholefile_fail(file, "Could not write", path, wholefile_nowhere);
         return false;
@@ -265,7 +261,6 @@ void wholefile_open(WholeFile* file, const char* path)
 void wholefile_open_numbered(WholeFile* file, const char* path)
 {
     ignorelimit();
-    wholefile_copypath(file->path, path);
     resolvenew(file, path);
     makefile(file);
 }

@@ -22,6 +22,7 @@ enum {
 
 static const char* const held = "Another program has it open";
 static const char* const unnamable = "The system takes no such name";
+static const char* const untold = "It is a link, and the system does not tell to what";
 
 // What the system has to say, for errors that are rare; written by errortext, good until its next call.
 static char systemtext[512];
@@ -154,11 +155,10 @@ static bool joinpath(char* out, const char* folder, const char* name)
     return size < WHOLEFILE_PATH;
 }
 
-// The full path of `path`, if it can be told.
-static void fullpath(WholeFile* file, const char* path)
+// Takes the full path, which stands for `path`, if it can be told.
+static void takepath(WholeFile* file, const char* path, wchar_t* full)
 {
-    wchar_t wide[WIDEPATH];
-    if (!widen(wide, path) || !narrow(file->path, wide)) {
+    if (!narrow(file->path, full)) {
         wholefile_fail(file, "Could not write", path, unnamable);
     }
 }
@@ -180,8 +180,10 @@ static void resolvenew(WholeFile* file, const char* path)
         fail(file, "Could not find the folder", folder, GetLastError());
     } else if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
         wholefile_fail(file, "Could not find the folder", folder, std::strerror(ENOTDIR));
+    } else if (widen(wide, path)) {
+        takepath(file, path, wide);
     } else {
-        fullpath(file, path);
+        wholefile_fail(file, "Could not write", path, unnamable);
     }
 }
 
@@ -197,6 +199,13 @@ static bool islink(const wchar_t* wide)
     const DWORD attributes = GetFileAttributesW(wide); // of the link, not of what it leads to
     return attributes != INVALID_FILE_ATTRIBUTES &&
            (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// The path of what a link leads to. False if the system can't tell it, as for a drive without a letter.
+static bool followed(wchar_t out[WIDEPATH], HANDLE handle)
+{
+    const DWORD length = GetFinalPathNameByHandleW(handle, out, WIDEPATH, FILE_NAME_NORMALIZED);
+    return length > 0 && length < WIDEPATH;
 }
 
 // What is replaced must be a file that can be written. Its attributes go to `attributes`.
@@ -225,15 +234,11 @@ static bool ismissing(DWORD error)
 static bool resolve(WholeFile* file, const char* path, DWORD* attributes)
 {
     wchar_t wide[WIDEPATH];
-    if (!wholefile_copypath(file->path, path)) {
-        fail(file, "Could not write", path, ERROR_FILENAME_EXCED_RANGE);
-        return false;
-    }
     if (!widen(wide, path)) {
         wholefile_fail(file, "Could not write", path, unnamable);
         return false;
     }
-    const HANDLE handle = look(wide);
+    HANDLE handle = look(wide);
     if (handle == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         if (ismissing(error) && islink(wide)) {
@@ -245,11 +250,12 @@ static bool resolve(WholeFile* file, const char* path, DWORD* attributes)
         }
         return false;
     }
-    if (islink(wide)) {
-        GetFinalPathNameByHandleW(handle, wide, WIDEPATH, FILE_NAME_NORMALIZED);
+    if (islink(wide) && !followed(wide, handle)) {
+        wholefile_fail(file, "Could not write", path, untold);
+    } else {
+        takepath(file, path, wide);
+        checkold(file, handle, attributes);
     }
-    narrow(file->path, wide);
-    checkold(file, handle, attributes);
     CloseHandle(handle);
     return !file->failed;
 }
@@ -270,8 +276,7 @@ static void removestale(const char* path)
     if (!widen(wide, path) || islink(wide)) {
         return;
     }
-    const HANDLE handle =
-        CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE handle = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return;
     }
@@ -294,7 +299,7 @@ static void clearstale(const WholeFile* file)
     wholefile_tempstart(start, name);
     WIN32_FIND_DATAW entry;
     const bool named = joinpath(all, folder, "*") && widen(wide, all);
-    const HANDLE list = named ? FindFirstFileW(wide, &entry) : INVALID_HANDLE_VALUE;
+    HANDLE list = named ? FindFirstFileW(wide, &entry) : INVALID_HANDLE_VALUE;
     if (list == INVALID_HANDLE_VALUE) {
         return;
     }
@@ -317,13 +322,12 @@ static DWORD maketemp(WholeFile* file)
     if (!widen(wide, file->temp)) {
         return ERROR_INVALID_NAME;
     }
-    const HANDLE handle = CreateFileW(wide, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE handle = CreateFileW(wide, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return GetLastError();
     }
-    const HANDLE guard =
-        CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE guard = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING, 0, nullptr);
     if (guard != INVALID_HANDLE_VALUE && !takelock(guard)) { // of one who took it for a stale one
         CloseHandle(guard);
         CloseHandle(handle);
@@ -391,7 +395,6 @@ void wholefile_open(WholeFile* file, const char* path)
 
 void wholefile_open_numbered(WholeFile* file, const char* path)
 {
-    wholefile_copypath(file->path, path);
     resolvenew(file, path);
     makefile(file);
 }
@@ -503,8 +506,8 @@ size_t wholefile_readsome(int handle, u8* bytes, size_t size, const char** reaso
 static HANDLE openold(const wchar_t* wide)
 {
     for (i32 i = MAXMOVES - 1;; i--) {
-        const HANDLE handle = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING,
-                                          FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+        HANDLE handle = CreateFileW(wide, GENERIC_READ, SHAREALL, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
         if (handle != INVALID_HANDLE_VALUE || GetLastError() != ERROR_SHARING_VIOLATION || i == 0) {
             return handle;
         }
@@ -536,7 +539,7 @@ WholeFileRead wholefile_readopen(const char* path, size_t most, u8** bytes, size
         *reason = unnamable;
         return WHOLEFILE_UNREADABLE;
     }
-    const HANDLE handle = openold(wide);
+    HANDLE handle = openold(wide);
     if (handle == INVALID_HANDLE_VALUE) {
         const DWORD error = GetLastError();
         if (ismissing(error) && !islink(wide)) {
@@ -565,7 +568,7 @@ WholeFileLock wholefile_lock(const char* folder, int* handle)
     *handle = -1;
     wchar_t wide[WIDEPATH];
     BY_HANDLE_FILE_INFORMATION place = {};
-    const HANDLE opened = widen(wide, folder) ? look(wide) : INVALID_HANDLE_VALUE;
+    HANDLE opened = widen(wide, folder) ? look(wide) : INVALID_HANDLE_VALUE;
     if (opened == INVALID_HANDLE_VALUE) {
         return WHOLEFILE_LOCKLESS;
     }
@@ -577,7 +580,7 @@ WholeFileLock wholefile_lock(const char* folder, int* handle)
     char name[64];
     std::snprintf(name, sizeof name, "Global\\Corvane-folder-%lx-%lx-%lx",
                   place.dwVolumeSerialNumber, place.nFileIndexHigh, place.nFileIndexLow);
-    const HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
+    HANDLE mutex = CreateMutexA(nullptr, FALSE, name);
     const DWORD error = GetLastError();
     if (mutex != nullptr && error != ERROR_ALREADY_EXISTS) {
         *handle = HandleToLong(mutex);

@@ -44,7 +44,8 @@ const char* wholefile_readall(int handle, size_t expected, size_t most, u8** byt
 
 // ---- wholefile_posix.cpp, wholefile_win32.cpp
 
-/// Finds the full path of the file that is replaced and makes the new file.
+/// Finds the full path of the file that is replaced and makes the new file. `path` has room in `file->path`,
+/// where it stands before.
 void wholefile_open(WholeFile* file, const char* path);
 
 /// The same for a new file that gets a number.

@@ -38,17 +38,17 @@ void platform_use(const Platform* backend)
     timer_now = backend->seconds;
 }
 
-static PlatformRect union_start()
-{
-    return {.left = 999999999, .top = 999999999, .right = -999999999, .bottom = -999999999};
-}
-
-static void addrect(PlatformRect* sum, const PlatformRect* rect)
+void PlatformRect_include(PlatformRect* sum, const PlatformRect* rect)
 {
     sum->left = rect->left < sum->left ? rect->left : sum->left;
     sum->top = rect->top < sum->top ? rect->top : sum->top;
     sum->right = rect->right > sum->right ? rect->right : sum->right;
     sum->bottom = rect->bottom > sum->bottom ? rect->bottom : sum->bottom;
+}
+
+static PlatformRect union_start()
+{
+    return {.left = 999999999, .top = 999999999, .right = -999999999, .bottom = -999999999};
 }
 
 static PlatformRect maskrect(u32 mask)
@@ -57,7 +57,7 @@ static PlatformRect maskrect(u32 mask)
     PlatformRect sum = union_start();
     for (i32 i = platform->displays(displays, PLATFORM_MAXDISPLAYS) - 1; i >= 0; i--) {
         if ((mask >> i & 1U) != 0) {
-            addrect(&sum, &displays[i]);
+            PlatformRect_include(&sum, &displays[i]);
         }
     }
     return sum;

@@ -8,6 +8,9 @@ struct PlatformRect {
     i32 left, top, right, bottom; // desktop pixels; right and bottom are exclusive
 };
 
+/// Widens a rectangle so that another one lies within it.
+void PlatformRect_include(PlatformRect* sum, const PlatformRect* rect);
+
 struct WindowRequest {
     const char* title = nullptr;
     i32 x = 0, y = 0;          // of the window's outer upper left corner, desktop pixels

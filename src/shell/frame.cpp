@@ -51,7 +51,8 @@ static void starttimes(bool on)
     times_on = on;
     if (on) {
         // Processor time: what loading the program cost, but not its waits for a disk. The system
-        // tells the moment at which a process began in steps of 10 ms only.
+        // tells the moment at which a process began in steps of 10 ms only. On Windows the C runtime
+        // counts the waits too.
         showtime("cpu before main", static_cast<f64>(std::clock()) / CLOCKS_PER_SEC);
         times_begin = timer_now();
         times_last = times_begin;

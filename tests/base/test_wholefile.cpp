@@ -28,3 +28,25 @@ TEST(wholefile, makes_an_empty_file_of_nothing)
     EXPECT_EQ(replace(folder.file("data"), ""), "");
     EXPECT_EQ(read_text(folder.file("data")), "");
 }
+
+// The text is cut off behind the path.
+static void expect_refused(WholeFile* file)
+{
+    EXPECT_EQ(std::string(file->why).substr(0, 18), "Could not write ./");
+    wholefile_put(file, "text", 4);
+    EXPECT_FALSE(wholefile_end(file));
+}
+
+TEST(wholefile_failure, of_folders_whose_path_has_no_room_is_told)
+{
+    std::string path = "./";
+    while (path.size() < 2 * WHOLEFILE_PATH) {
+        path += "folder/";
+    }
+    path += "data";
+    WholeFile file;
+    wholefile_begin(&file, path.c_str());
+    expect_refused(&file);
+    wholefile_begin_numbered(&file, path.c_str());
+    expect_refused(&file);
+}

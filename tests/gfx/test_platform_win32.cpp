@@ -5,6 +5,8 @@
 #include <GL/gl.h>
 #include <windows.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
@@ -222,6 +224,34 @@ TEST(win32_open, can_open_again_after_a_close)
     EXPECT_NE(wglGetCurrentContext(), nullptr);
 }
 
+TEST(win32_open, tells_a_class_that_is_taken_and_can_open_after_that)
+{
+    WNDCLASSW taken = {};
+    taken.lpfnWndProc = DefWindowProcW;
+    taken.hInstance = GetModuleHandleW(nullptr);
+    taken.lpszClassName = L"OpenGL WinClass";
+    ASSERT_NE(RegisterClassW(&taken), 0);
+    const WindowRequest want = {.title = "", .width = 100, .height = 100};
+    EXPECT_EQ(platform_win32.open(&want), PLATFORM_NO_CLASS);
+    const Window window;
+    EXPECT_NE(wglGetCurrentContext(), nullptr);
+}
+
+TEST(win32_open, refuses_what_no_window_can_be)
+{
+    for (const bool framed : {false, true}) {
+        for (const i32 side : {32768, 1000000000}) {
+            const WindowRequest wide = {
+                .title = "", .width = side, .height = 100, .framed = framed};
+            const WindowRequest high = {
+                .title = "", .width = 100, .height = side, .framed = framed};
+            EXPECT_EQ(platform_win32.open(&wide), PLATFORM_NO_WINDOW);
+            EXPECT_EQ(platform_win32.open(&high), PLATFORM_NO_WINDOW);
+            EXPECT_EQ(FindWindowW(L"OpenGL WinClass", nullptr), nullptr);
+        }
+    }
+}
+
 TEST(win32_glproc, finds_functions_old_and_new)
 {
     const Window window;
@@ -394,6 +424,39 @@ TEST(win32_events, tell_no_size_of_a_minimised_window)
     EXPECT_FALSE(platform_win32.isminimised());
 }
 
+static bool has(const std::vector<PlatformEvent>& events, PlatformEventKind kind)
+{
+    return std::any_of(events.begin(), events.end(),
+                       [kind](const PlatformEvent& event) { return event.kind == kind; });
+}
+
+// Sends what is told at once, as while the user drags the frame.
+static void type(HWND to, i32 count)
+{
+    for (i32 i = count; i > 0; i--) {
+        SendMessageW(to, WM_CHAR, 'x', 1);
+    }
+}
+
+TEST(win32_events, tell_the_last_of_more_than_have_room)
+{
+    const Window window;
+    type(window.handle, 500);
+    SendMessageW(window.handle, WM_MOUSEWHEEL, MAKEWPARAM(0, 120), 0);
+    EXPECT_TRUE(has(window.settle(), EVENT_WHEEL));
+}
+
+TEST(win32_events, tell_a_close_among_more_than_have_room)
+{
+    for (const i32 before : {0, 63, 200}) {
+        const Window window;
+        type(window.handle, before);
+        SendMessageW(window.handle, WM_CLOSE, 0, 0);
+        type(window.handle, 200);
+        EXPECT_TRUE(has(window.settle(), EVENT_CLOSE)) << before;
+    }
+}
+
 TEST(win32_events, open_no_menu)
 {
     const Window window;
@@ -437,6 +500,87 @@ TEST(win32_pointeroffset, lets_the_pointer_be_while_another_window_has_the_keys)
     EXPECT_EQ(y, 9);
 }
 
+// A window of somebody else's.
+struct Other {
+    HWND handle;
+
+    explicit Other(DWORD styles)
+        : handle(CreateWindowExW(styles, L"Static", L"", WS_POPUP | WS_VISIBLE, 10, 10, 50, 50,
+                                 nullptr, nullptr, GetModuleHandleW(nullptr), nullptr))
+    {
+        EXPECT_NE(handle, nullptr);
+    }
+    ~Other()
+    {
+        DestroyWindow(handle);
+    }
+    Other(const Other&) = delete;
+    Other& operator=(const Other&) = delete;
+};
+
+static bool is_on_top(HWND window)
+{
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+}
+
+static bool is_above(HWND window, HWND lower)
+{
+    HWND next = window;
+    while (next != nullptr && next != lower) {
+        next = GetWindow(next, GW_HWNDNEXT);
+    }
+    return next == lower;
+}
+
+// Gives a window the keys and lets ours take its place.
+static void give_keys(const Window& window, HWND to)
+{
+    SetForegroundWindow(to);
+    window.settle();
+    platform_win32.placeontop();
+}
+
+TEST(win32_placeontop, keeps_the_window_above_others_while_it_has_the_keys)
+{
+    const Window window(160, 120, false);
+    const Other other(0);
+    give_keys(window, window.handle);
+    EXPECT_TRUE(is_on_top(window.handle));
+    EXPECT_TRUE(is_above(window.handle, other.handle));
+}
+
+TEST(win32_placeontop, steps_behind_the_window_that_gets_the_keys)
+{
+    const Window window(160, 120, false);
+    const Other other(0);
+    give_keys(window, window.handle);
+    give_keys(window, other.handle);
+    EXPECT_FALSE(is_on_top(window.handle));
+    EXPECT_TRUE(is_above(other.handle, window.handle));
+}
+
+TEST(win32_placeontop, waits_for_the_window_that_comes_after_one_on_top)
+{
+    const Window window(160, 120, false);
+    const Other other(0);
+    const Other list(WS_EX_TOPMOST);
+    give_keys(window, window.handle);
+    give_keys(window, list.handle);
+    give_keys(window, other.handle);
+    EXPECT_TRUE(is_above(other.handle, window.handle));
+}
+
+TEST(win32_placeontop, puts_it_back_when_the_keys_come_back_from_one_on_top)
+{
+    const Window window(160, 120, false);
+    const Other list(WS_EX_TOPMOST);
+    give_keys(window, window.handle);
+    give_keys(window, list.handle);
+    EXPECT_FALSE(is_on_top(window.handle));
+    give_keys(window, window.handle);
+    EXPECT_TRUE(is_on_top(window.handle));
+}
+
 TEST(win32_cursor, is_shown_again_by_a_close)
 {
     const i32 before = ShowCursor(TRUE);
@@ -453,4 +597,28 @@ TEST(win32_setmode, refuses_a_size_that_no_display_has)
 {
     const Window window(160, 120, false);
     EXPECT_FALSE(platform_win32.setmode(31, 17));
+}
+
+static void tell_end()
+{
+    const char* const what = platform_win32.ended();
+    std::fprintf(stderr, "At the exit: %s\n", what != nullptr ? what : "nothing");
+}
+
+static void end_session(bool ends)
+{
+    std::atexit(tell_end);
+    const Window window;
+    SendMessageW(window.handle, WM_ENDSESSION, ends ? TRUE : FALSE, 0);
+    std::exit(3);
+}
+
+TEST(win32_session, ends_the_process_by_its_exit)
+{
+    EXPECT_EXIT(end_session(true), testing::ExitedWithCode(0), "At the exit: The session ends");
+}
+
+TEST(win32_session, that_goes_on_ends_nothing)
+{
+    EXPECT_EXIT(end_session(false), testing::ExitedWithCode(3), "At the exit: nothing");
 }

@@ -330,3 +330,20 @@ std::string WindowTest::path(const std::string& name) const
 {
     return folder + "/" + name;
 }
+
+void WindowTest::expect_opened(const std::string& text, const std::string& wanted,
+                               const std::vector<std::string>& words) const
+{
+    SCOPED_TRACE(text);
+    settings("Seed: 1\n" + text);
+    Session run(desktop, folder, words);
+    run.wait_for_window();
+    std::string last;
+    wait_until(10, [&] {
+        last = desktop.client_place(run.window());
+        return last.rfind(wanted, 0) == 0;
+    });
+    EXPECT_EQ(last.substr(0, wanted.size()), wanted);
+    run.close();
+    EXPECT_EQ(run.finish(), 0);
+}

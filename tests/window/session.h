@@ -116,6 +116,11 @@ class WindowTest : public testing::Test
     void settings(const std::string& text) const; // writes config.txt
     std::string path(const std::string& name) const;
 
+    /// Where the window of these settings stands once the window manager has put it in its place. What is
+    /// wanted may end before the place. The run must end well.
+    void expect_opened(const std::string& text, const std::string& wanted,
+                       const std::vector<std::string>& words = {CORVANE_BIN_DIR "/Corvane"}) const;
+
     Desktop desktop;
     std::string folder; // where the program runs
 };

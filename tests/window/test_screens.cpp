@@ -14,24 +14,6 @@ class Two_screens : public WindowTest
     {
     }
 
-    // Where the window of these settings stands once the window manager has put it in its place. What
-    // is wanted may end before the place. The run must end well.
-    void expect_opened(const std::string& text, const std::string& wanted) const
-    {
-        SCOPED_TRACE(text);
-        settings("Seed: 1\n" + text);
-        Session run(desktop, folder);
-        run.wait_for_window();
-        std::string last;
-        wait_until(10, [&] {
-            last = desktop.client_place(run.window());
-            return last.rfind(wanted, 0) == 0;
-        });
-        EXPECT_EQ(last.substr(0, wanted.size()), wanted);
-        run.close();
-        EXPECT_EQ(run.finish(), 0);
-    }
-
     // A picture that a run with these settings takes of itself.
     Picture shown(const std::string& text) const
     {

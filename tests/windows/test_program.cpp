@@ -100,6 +100,18 @@ TEST_F(On_Windows, closing_the_window_saves_and_the_program_here_goes_on_with_it
     EXPECT_GT(continued.time, left.time);
 }
 
+TEST_F(On_Windows, the_end_of_the_session_saves)
+{
+    settings("Seed: 4711\n");
+    Session run(desktop, folder, windows);
+    run.start();
+    desktop.run("wine wineboot --end-session");
+    EXPECT_EQ(run.finish(), 0);
+    EXPECT_EQ(Save(path("maze_save.dat")).world(), world_of_seed(4711));
+    EXPECT_NE(file_text(path("warnings.log")).find("The session ends, so Corvane ends."),
+              std::string::npos);
+}
+
 TEST_F(On_Windows, a_save_of_the_program_here_is_gone_on_with)
 {
     settings("Seed: 4711\n");
@@ -177,6 +189,21 @@ class On_Windows_screens : public WindowsTest
             "xrandr --query | sed -n 's/^DUMMY0 connected primary \\([0-9x]*\\).*/\\1/p'");
     }
 };
+
+// Wine has the window manager lay a full screen over several screens, which this one can't.
+TEST_F(On_Windows_screens, are_taken_one_by_one_in_full_screen)
+{
+    const std::string full = "Windowed: N\nResolution: ";
+    expect_opened(full + "display 1\n", "800x600 at 0,0", windows);
+    expect_opened(full + "display 2\n", "640x480 at 800,60", windows);
+    expect_opened(full + "display 5\n", "800x600 at 0,0", windows);
+    expect_opened(full + "span 2\n", "640x480 at 800,60", windows);
+}
+
+TEST_F(On_Windows_screens, give_a_window_the_size_of_a_part_of_the_one_named)
+{
+    expect_opened("Resolution: display 2\n", "384x288 ", windows);
+}
 
 TEST_F(On_Windows_screens, a_mode_of_full_screen_is_taken_back)
 {

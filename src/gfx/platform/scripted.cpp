@@ -175,10 +175,7 @@ static PlatformRect desktop()
     const i32 n = displays(all, PLATFORM_MAXDISPLAYS);
     PlatformRect sum = all[0];
     for (i32 i = n - 1; i >= 1; i--) {
-        sum.left = all[i].left < sum.left ? all[i].left : sum.left;
-        sum.top = all[i].top < sum.top ? all[i].top : sum.top;
-        sum.right = all[i].right > sum.right ? all[i].right : sum.right;
-        sum.bottom = all[i].bottom > sum.bottom ? all[i].bottom : sum.bottom;
+        PlatformRect_include(&sum, &all[i]);
     }
     return sum;
 }

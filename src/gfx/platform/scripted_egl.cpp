@@ -177,7 +177,10 @@ bool canvas_resize(i32 width, i32 height)
     if (made == EGL_NO_SURFACE) {
         return false;
     }
-    eglMakeCurrent(display, made, made, context);
+    if (eglMakeCurrent(display, made, made, context) != EGL_TRUE) {
+        eglDestroySurface(display, made);
+        return false;
+    }
     eglDestroySurface(display, surface);
     surface = made;
     return true;

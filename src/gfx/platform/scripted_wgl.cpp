@@ -112,6 +112,9 @@ static bool pickformat()
     if (chooseformat(askeddevice, wanted, nullptr, MAXFORMATS, offered, &n) == 0) {
         return false;
     }
+    if (n > MAXFORMATS) { // all that suit are counted
+        n = MAXFORMATS;
+    }
     i32 best = 0;
     for (i32 i = static_cast<i32>(n) - 1; i >= 0; i--) {
         const i32 suits = suitability(offered[i]);
@@ -259,11 +262,14 @@ void canvas_close()
 
 bool canvas_resize(i32 width, i32 height)
 {
-    const Surface made = makesurface(width, height);
+    Surface made = makesurface(width, height);
     if (made.buffer == nullptr) {
         return false;
     }
-    wglMakeCurrent(made.device, context);
+    if (wglMakeCurrent(made.device, context) == 0) {
+        endsurface(&made);
+        return false;
+    }
     endsurface(&surface);
     surface = made;
     return true;

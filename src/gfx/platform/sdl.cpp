@@ -125,10 +125,7 @@ static PlatformRect desktop()
     PlatformRect sum = n > 0 ? displayrect(0) : nodesktop();
     for (i32 i = n - 1; i >= 1; i--) {
         const PlatformRect rect = displayrect(i);
-        sum.left = SDL_min(sum.left, rect.left);
-        sum.top = SDL_min(sum.top, rect.top);
-        sum.right = SDL_max(sum.right, rect.right);
-        sum.bottom = SDL_max(sum.bottom, rect.bottom);
+        PlatformRect_include(&sum, &rect);
     }
     return sum;
 }

@@ -8,6 +8,7 @@
 /// for OpenGL 1.1. Null if there is none. WGL's extensions are found too.
 void* wgl_proc(const char* symbol);
 
+/// The same as a pointer to the routine. False if there is none.
 template <typename T> bool wgl_find(T* routine, const char* symbol)
 {
     *routine = reinterpret_cast<T>(wgl_proc(symbol));

@@ -2,7 +2,7 @@
 //
 // Texts are UTF-8 on our side and UTF-16 on the system's. The process is made aware of the display's
 // resolution before it asks anything, so that all sizes are pixels. The window procedure queues events,
-// which nextevent delivers; it runs only within nextevent, and while the window is made and ended.
+// which nextevent delivers. It runs within nextevent, and wherever the window is made, changed or ended.
 #include "gfx/gfx_opengl.h"
 #include "gfx/platform.h"
 #include "gfx/platform/signals.h"
@@ -36,18 +36,19 @@ static HDC device;
 static HGLRC context;
 
 static bool aware;        // of the resolution; set by becomeaware
-static bool modeset;      // by setmode
+static bool modeset;      // by setmode and restoremode
 static bool sessionended; // by endsession
 
-// Input as it stands. Written by the window procedure, nextevent, readkeys, pointeroffset and the
-// cursor's routines.
+// Input as it stands. Written by the window procedure, nextevent, readkeys, pointeroffset, placeontop and
+// the cursor's routines.
 static PlatformEvent queued[MAXQUEUED];
 static i32 nqueued, nextqueued;
 static u8 tapped[PLATFORM_KEYS];  // gone down since the last reading
 static i32 toldwidth, toldheight; // the last client size that was delivered or asked for
 static bool pointeraway;          // another window had the keys when the offset was last asked for
 static i32 cursorcount;           // shows less hides
-static bool ontop;                // the window is to be lowered when another takes the keys
+static bool ontop;                // above all ordinary windows
+static bool givingway;            // no longer above them, but not yet behind the one with the keys
 
 // A routine that some versions of the system lack.
 template <typename T> static bool find(T* routine, const wchar_t* library, const char* name)
@@ -169,12 +170,15 @@ static void cursor(i32* x, i32* y)
 
 // The window procedure
 
-// A queue that is full loses its newest entry; one message queues one event.
+// One message queues one event, but while the user drags the frame none is taken out. A queue that is
+// full loses its newest entry, and never a close.
 static void queue(const PlatformEvent* event)
 {
     const i32 at = nqueued < MAXQUEUED ? nqueued : MAXQUEUED - 1;
-    queued[at] = *event;
-    nqueued = at + 1;
+    if (at == nqueued || queued[at].kind != EVENT_CLOSE) {
+        queued[at] = *event;
+        nqueued = at + 1;
+    }
 }
 
 static void queueclose()
@@ -324,15 +328,28 @@ static void correctsize(const WindowRequest* want)
     }
 }
 
+// The system makes a smaller window than was asked for, and drivers end the process.
+static bool toolarge(i32 width, i32 height)
+{
+    if (width <= MAXSIDE && height <= MAXSIDE) {
+        return false;
+    }
+    std::fprintf(stderr, "The window is too large: %d by %d pixels\n", width, height);
+    return true;
+}
+
 static bool makewindow(const WindowRequest* want)
 {
     wchar_t title[MAXTITLE];
     widetitle(title, want->title);
     const RECT frame = framerect(want->framed);
+    const i32 width = want->width + frame.right - frame.left;
+    const i32 height = want->height + frame.bottom - frame.top;
+    if (toolarge(width, height)) {
+        return false;
+    }
     window = CreateWindowExW(0, classname, title, windowstyle(want->framed), want->x, want->y,
-                             want->width + frame.right - frame.left,
-                             want->height + frame.bottom - frame.top, nullptr, nullptr,
-                             GetModuleHandleW(nullptr), nullptr);
+                             width, height, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
     if (window == nullptr) {
         return false;
     }
@@ -405,7 +422,7 @@ static void clearinput()
     nextqueued = 0;
     pointeraway = false;
     ontop = false;
-    modeset = false;
+    givingway = false;
 }
 
 // The system counts for the thread, not for the window.
@@ -443,8 +460,12 @@ static void closewindow()
     clearinput();
 }
 
+// There may be none, as where the system offers too little.
 static void tellerror(DWORD error)
 {
+    if (error == 0) {
+        return;
+    }
     wchar_t wide[300] = L"";
     char text[900] = "";
     FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS |
@@ -467,6 +488,7 @@ static void synchroniseswaps()
 static PlatformOpen openwindow(const WindowRequest* want)
 {
     clearinput();
+    SetLastError(0);
     const PlatformOpen result = openparts(want);
     if (result != PLATFORM_OPEN) {
         tellerror(GetLastError());
@@ -641,20 +663,26 @@ static void place(HWND behind)
 static void giveway()
 {
     HWND front = GetForegroundWindow();
-    place(HWND_NOTOPMOST);
-    if (front != nullptr && (GetWindowLongPtrW(front, GWL_EXSTYLE) & WS_EX_TOPMOST) == 0) {
-        place(front);
+    if (ontop) {
+        place(HWND_NOTOPMOST);
         ontop = false;
+        givingway = true;
+    }
+    if (front != nullptr && front != window &&
+        (GetWindowLongPtrW(front, GWL_EXSTYLE) & WS_EX_TOPMOST) == 0) {
+        place(front);
+        givingway = false;
     }
 }
 
 static void placeontop()
 {
-    if (focused() && !ontop) {
+    if (!focused() && (ontop || givingway)) {
+        giveway();
+    } else if (focused() && !ontop) {
         place(HWND_TOPMOST);
         ontop = true;
-    } else if (!focused() && ontop) {
-        giveway();
+        givingway = false;
     }
 }
 
