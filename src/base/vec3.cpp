@@ -17,6 +17,13 @@ void vec3_sub(f64 out[3], const f64 a[3], const f64 b[3])
     out[2] = a[2] - b[2];
 }
 
+void vec3_addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k)
+{
+    out[0] = a[0] + b[0] * k;
+    out[1] = a[1] + b[1] * k;
+    out[2] = a[2] + b[2] * k;
+}
+
 f64 vec3_length(const f64 v[3])
 {
     return std::sqrt(vec3_dot(v, v));

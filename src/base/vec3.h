@@ -16,6 +16,9 @@ f64 vec3_dot(const f64 a[3], const f64 b[3]);
 /// `a` - `b`; `out` may be either.
 void vec3_sub(f64 out[3], const f64 a[3], const f64 b[3]);
 
+/// `a` + `b` * `k`; `out` may be either.
+void vec3_addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k);
+
 /// Two vectors square to `v`, for drawing around a direction: `a` is a unit vector, `b` the unit
 /// vector of `v` x `a`. The zero vector gives (0, 1, 0) and (0, 0, 1).
 void vec3_frame(const f64 v[3], f64 a[3], f64 b[3]);

@@ -51,13 +51,6 @@ using StretchSink = Sink<GantryTakeStretch>;
 using BarSink = Sink<GantryTakeBar>;
 using BallSink = Sink<GantryTakeBall>;
 
-static void addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k)
-{
-    out[0] = a[0] + b[0] * k;
-    out[1] = a[1] + b[1] * k;
-    out[2] = a[2] + b[2] * k;
-}
-
 // From the level's table, or computed at `room`.
 static const EdgeAngleRec* anglerecs(Pos pos, EdgeAngleRec room[POS_MAXEDGES])
 {
@@ -174,7 +167,7 @@ static i32 partcount(f64 parts)
 
 static void setcorner(GantryCorner* corner, const f64 centre[3], const f64 offset[3], f64 u, f64 v)
 {
-    addscaled(corner->pos, centre, offset, 1.0);
+    vec3_addscaled(corner->pos, centre, offset, 1.0);
     corner->tex[0] = GANTRY_REPEATS * u;
     corner->tex[1] = GANTRY_REPEATS * v;
 }
@@ -324,10 +317,10 @@ static void makeladder(const Way* way, const StretchSink* sink)
     ladderside(u, way->d);
     for (i32 side = 1; side >= 0; side--) { // left and right
         const f64 offset = side == 0 ? -GANTRY_HALFLADDER : GANTRY_HALFLADDER;
-        addscaled(out.start[side], way->p, u, offset);
-        addscaled(out.end[side], way->q, u, offset);
+        vec3_addscaled(out.start[side], way->p, u, offset);
+        vec3_addscaled(out.end[side], way->q, u, offset);
     }
-    addscaled(out.across, out.across, u, 2 * GANTRY_HALFLADDER);
+    vec3_addscaled(out.across, out.across, u, 2 * GANTRY_HALFLADDER);
     sink->take(&out, sink->to);
 }
 
@@ -340,12 +333,12 @@ static void makerailing(const Way* way, const StretchSink* sink)
     out.colour = way->colour;
     out.length = way->length;
     out.parts = partcount(GANTRY_SPANS * way->length + 0.5);
-    addscaled(out.start[0], way->p, rec->prevcorner, 1.0);
-    addscaled(out.end[0], way->q, back->corner, 1.0);
+    vec3_addscaled(out.start[0], way->p, rec->prevcorner, 1.0);
+    vec3_addscaled(out.end[0], way->q, back->corner, 1.0);
     out.first[0] = rec->prevcornerdist;
     out.last[0] = way->length - back->cornerdist;
-    addscaled(out.start[1], way->p, rec->corner, 1.0);
-    addscaled(out.end[1], way->q, back->prevcorner, 1.0);
+    vec3_addscaled(out.start[1], way->p, rec->corner, 1.0);
+    vec3_addscaled(out.end[1], way->q, back->prevcorner, 1.0);
     out.first[1] = rec->cornerdist;
     out.last[1] = way->length - back->prevcornerdist;
     sink->take(&out, sink->to);
@@ -375,8 +368,8 @@ static void makecorners(const Junction* junction, const StretchSink* sink)
     for (i32 i = junction->cornersseen ? junction->nexits - 1 : -1; i >= 0; i--) {
         const EdgeAngleRec* const rec = &junction->recs[i];
         if (isflat(rec)) {
-            addscaled(out.start[0], junction->node->pos, rec->corner, 1.0);
-            addscaled(out.end[0], junction->node->pos, rec->prevcorner, 1.0);
+            vec3_addscaled(out.start[0], junction->node->pos, rec->corner, 1.0);
+            vec3_addscaled(out.end[0], junction->node->pos, rec->prevcorner, 1.0);
             sink->take(&out, sink->to);
         }
     }

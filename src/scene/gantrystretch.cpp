@@ -26,13 +26,6 @@ struct Row {
     f64 radius;
 };
 
-static void addscaled(f64 out[3], const f64 a[3], const f64 b[3], f64 k)
-{
-    out[0] = a[0] + b[0] * k;
-    out[1] = a[1] + b[1] * k;
-    out[2] = a[2] + b[2] * k;
-}
-
 // -------- single parts
 
 static void takebar(const Sink* sink, u32 colour, const f64 start[3], const f64 axis[3], f64 radius)
@@ -57,8 +50,8 @@ static void takeball(const Sink* sink, u32 colour, const f64 centre[3])
 static void makebar(const Sink* sink, u32 colour, const f64 start[3], const f64 axis[3])
 {
     f64 ends[2][3];
-    addscaled(ends[0], start, axis, 0.0);
-    addscaled(ends[1], start, axis, 1.0);
+    vec3_addscaled(ends[0], start, axis, 0.0);
+    vec3_addscaled(ends[1], start, axis, 1.0);
     if (sink->sight == nullptr || !Sight_unpainted(sink->sight, ends, 2, GANTRY_BARRADIUS)) {
         takebar(sink, colour, start, axis, GANTRY_BARRADIUS);
     }
@@ -77,7 +70,7 @@ static void makerail(const Sink* sink, u32 colour, const f64 a[3], const f64 b[3
 {
     f64 start[3];
     f64 axis[3];
-    addscaled(start, a, upright, static_cast<f64>(level + 1) / levels);
+    vec3_addscaled(start, a, upright, static_cast<f64>(level + 1) / levels);
     vec3_sub(axis, b, a);
     makebar(sink, colour, start, axis);
 }
@@ -85,7 +78,7 @@ static void makerail(const Sink* sink, u32 colour, const f64 a[3], const f64 b[3
 static void maketop(const Sink* sink, u32 colour, const f64 foot[3])
 {
     f64 top[3];
-    addscaled(top, foot, upright, 1.0);
+    vec3_addscaled(top, foot, upright, 1.0);
     makeball(sink, colour, top);
 }
 
@@ -116,7 +109,7 @@ static void partplace(f64 out[3], const Row* row, i32 side, i32 i)
     const GantryStretch* const stretch = row->stretch;
     f64 along[3];
     vec3_sub(along, stretch->end[side], stretch->start[side]);
-    addscaled(out, stretch->start[side], along, weightof(stretch, side, i));
+    vec3_addscaled(out, stretch->start[side], along, weightof(stretch, side, i));
 }
 
 static void takepart(const Row* row, i32 side, i32 i)
@@ -129,7 +122,7 @@ static void takepart(const Row* row, i32 side, i32 i)
     }
     if (row->sink->takeball != nullptr) {
         f64 top[3];
-        addscaled(top, place, row->axis, 1.0);
+        vec3_addscaled(top, place, row->axis, 1.0);
         takeball(row->sink, row->stretch->colour, top);
     }
 }
@@ -156,9 +149,9 @@ static bool unpainted(const Row* row, i32 side, i32 from, i32 to)
     partplace(feet[1], row, side, to);
     i32 n = 0;
     for (const f64(&foot)[3] : feet) {
-        addscaled(ends[n++], foot, row->axis, 1.0);
+        vec3_addscaled(ends[n++], foot, row->axis, 1.0);
         if (row->sink->takebar != nullptr) {
-            addscaled(ends[n++], foot, row->axis, 0.0);
+            vec3_addscaled(ends[n++], foot, row->axis, 0.0);
         }
     }
     return Sight_unpainted(row->sink->sight, ends, n, row->radius);

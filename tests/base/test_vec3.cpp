@@ -105,6 +105,16 @@ TEST(vec3_sub, may_write_over_either_argument)
     EXPECT_EQ(b, (Vector{3.0, 3.0, 1.0}));
 }
 
+TEST(vec3_addscaled, may_write_over_either_argument)
+{
+    Vector a = {5.0, 7.0, 9.0};
+    Vector b = {1.0, 2.0, 4.0};
+    vec3_addscaled(a.data(), a.data(), b.data(), 0.5);
+    EXPECT_EQ(a, (Vector{5.5, 8.0, 11.0}));
+    vec3_addscaled(b.data(), a.data(), b.data(), -2.0);
+    EXPECT_EQ(b, (Vector{3.5, 4.0, 3.0}));
+}
+
 TEST(vec3_frame, of_the_z_axis)
 {
     const Frame frame = frame_of({0.0, 0.0, 1.0});
