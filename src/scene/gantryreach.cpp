@@ -24,18 +24,19 @@ struct Extent {
 
 // What is gathered of a level.
 struct Gathered {
-    GantryExtent extent;
-    f64* corners; // how far the corners of each node stand off from it
-    bool strays;  // posts may stand before or behind their side
+    f64 corner;  // the farthest that a corner stands off from its node
+    f64 longest; // way that the level draws
 };
 
-// Unit vectors of the compass toward the exits of a position. Returns their number.
-static i32 directions(Pos pos, f64 out[POS_MAXEDGES][2])
+// Ways of several spans have none that is shorter.
+static constexpr f64 shortestspan = 0.75 / GANTRY_SPANS;
+
+// Unit vectors of the compass toward exits of a position. Returns their number.
+static i32 directions(f64 out[POS_MAXEDGES][2], Pos pos, const Pos* exits, i32 count)
 {
-    Pos exits[POS_MAXEDGES];
     const f64* const p = Pos_node(pos)->pos;
     i32 n = 0;
-    for (i32 i = Pos_alledges(pos, exits, nullptr) - 1; i >= 0; i--) {
+    for (i32 i = count - 1; i >= 0; i--) {
         f64 d[3];
         vec3_sub(d, Pos_node(exits[i])->pos, p);
         const f64 length = std::hypot(d[0], d[1]);
@@ -48,49 +49,50 @@ static i32 directions(Pos pos, f64 out[POS_MAXEDGES][2])
     return n;
 }
 
-// How many radii the corner between two exits stands off. Exits closer than 0.01 in angle have none, but
-// for those to both sides of the west, whose angles are a whole turn apart.
-static f64 cornerbetween(const f64 a[2], const f64 b[2])
+// The sine of half the angle between two exits if a corner stands between them, else 1. Exits closer than
+// 0.01 in angle have none, but for those to both sides of the west, whose angles are a whole turn apart.
+static f64 cornersine(const f64 a[2], const f64 b[2])
 {
-    const f64 sine = 0.5 * std::hypot(a[0] - b[0], a[1] - b[1]); // of half the angle
+    const f64 x = a[0] - b[0];
+    const f64 y = a[1] - b[1];
+    const f64 sine = 0.5 * std::sqrt(x * x + y * y);
     const bool west = a[0] < 0.0 && b[0] < 0.0 && std::signbit(a[1]) != std::signbit(b[1]);
-    return sine > 0.0049 || west ? 1.0 / sine : 0.0;
+    return sine > 0.0049 || west ? sine : 1.0;
 }
 
-// How far the corners of a position stand off from its node.
-static f64 cornerdistance(Pos pos)
+// How far the corners of a position, of which all exits are given, stand off from its node.
+static f64 cornerdistance(Pos pos, const Pos* exits, i32 count)
 {
     f64 d[POS_MAXEDGES][2];
-    const i32 n = directions(pos, d);
-    f64 most = std::numbers::sqrt2; // of a dead end
+    const i32 n = directions(d, pos, exits, count);
+    f64 least = 1.0 / std::numbers::sqrt2; // of a dead end
     for (i32 i = n - 1; i >= 0; i--) {
         for (i32 k = n - 1; k > i; k--) { // steep exits may stand between two flat ones
-            most = std::fmax(most, cornerbetween(d[i], d[k]));
+            least = std::fmin(least, cornersine(d[i], d[k]));
         }
     }
-    return most * std::fabs(Pos_node(pos)->radius);
+    return std::fabs(Pos_node(pos)->radius) / least;
 }
 
-// Of the ways of one position that its level draws.
-static void widen(Gathered* gathered, Pos pos)
+// Takes the corners of one position, and of those to which its level draws ways.
+static void gather(Gathered* gathered, Pos pos)
 {
-    GantryExtent* const extent = &gathered->extent;
-    const f64 corner = gathered->corners[pos.node];
-    extent->reach = std::fmax(extent->reach, corner + upward);
     Pos exits[POS_MAXEDGES];
-    for (i32 i = Pos_alledges(pos, exits, nullptr) - 1; i >= 0; i--) {
-        if (!exits_drawn(pos.maze, exits[i].maze)) {
+    const i32 count = Pos_alledges(pos, exits, nullptr);
+    gathered->corner = std::fmax(gathered->corner, cornerdistance(pos, exits, count));
+    for (i32 i = count - 1; i >= 0; i--) {
+        const Pos other = exits[i];
+        if (!exits_drawn(pos.maze, other.maze)) {
             continue;
         }
         f64 d[3];
-        vec3_sub(d, Pos_node(exits[i])->pos, Pos_node(pos)->pos);
-        const f64 length = vec3_length(d);
-        extent->longest = std::fmax(extent->longest, length);
-        const f64 other =
-            exits[i].maze == pos.maze ? gathered->corners[exits[i].node] : cornerdistance(exits[i]);
-        extent->reach = std::fmax(extent->reach, other + upward);
-        const f64 spans = std::floor(GANTRY_SPANS * length + 0.5);
-        gathered->strays |= spans > 1.0 && std::fmax(corner, other) > length / spans;
+        vec3_sub(d, Pos_node(other)->pos, Pos_node(pos)->pos);
+        gathered->longest = std::fmax(gathered->longest, vec3_length(d));
+        if (other.maze != pos.maze) {
+            Pos further[POS_MAXEDGES];
+            const i32 n = Pos_alledges(other, further, nullptr);
+            gathered->corner = std::fmax(gathered->corner, cornerdistance(other, further, n));
+        }
     }
 }
 
@@ -102,27 +104,18 @@ static void addstray(const GantryStretch* stretch, void* most)
 
 static GantryExtent extentof(Maze* maze)
 {
-    const size_t count = static_cast<size_t>(Maze_count(maze));
     Gathered gathered = {};
-    gathered.corners = static_cast<f64*>(std::calloc(count + 1, sizeof(f64)));
     for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
         if (Maze_node(maze, n)->sub == nullptr) {
-            gathered.corners[n] = cornerdistance({maze, n});
+            gather(&gathered, {maze, n});
         }
     }
-    for (i32 n = Maze_count(maze) - 1; n >= 0; n--) {
-        if (Maze_node(maze, n)->sub == nullptr) {
-            widen(&gathered, {maze, n});
-        }
-    }
-    std::free(gathered.corners);
     f64 stray = 0.0;
-    if (gathered.strays) {
+    if (gathered.corner > shortestspan && gathered.longest > 2.0 * shortestspan) {
         const GantryFilter whole = {}; // keeps no table of exits
         gantry_eachstretch(maze, &whole, false, addstray, &stray);
     }
-    gathered.extent.reach += stray;
-    return gathered.extent;
+    return {.reach = gathered.corner + upward + stray, .longest = gathered.longest};
 }
 
 static void freeextent(void* data, Maze* /*maze*/)
