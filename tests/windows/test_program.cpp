@@ -35,6 +35,18 @@ class WindowsTest : public WindowTest
         std::ofstream(other + "/config.txt") << text;
     }
 
+    // The world and the place that one program has left are gone on with by the other.
+    void expect_goes_on(const Save& left, const std::vector<std::string>& words) const
+    {
+        Session next(desktop, folder, words);
+        next.start();
+        EXPECT_EQ(next.escape(), 0);
+        const Save continued(path("maze_save.dat"));
+        EXPECT_EQ(continued.place(), left.place());
+        EXPECT_EQ(continued.world(), left.world());
+        EXPECT_GT(continued.time, left.time);
+    }
+
     const std::vector<std::string> windows = {"wine", CORVANE_WINDOWS_DIR "/Corvane.exe"};
     const std::vector<std::string> here = {CORVANE_BIN_DIR "/Corvane"};
     std::string other; // where the program of this system runs
@@ -90,14 +102,7 @@ TEST_F(On_Windows, closing_the_window_saves_and_the_program_here_goes_on_with_it
     run.start();
     run.close();
     EXPECT_EQ(run.finish(), 0);
-    const Save left(path("maze_save.dat"));
-    Session next(desktop, folder, here);
-    next.start();
-    EXPECT_EQ(next.escape(), 0);
-    const Save continued(path("maze_save.dat"));
-    EXPECT_EQ(continued.place(), left.place());
-    EXPECT_EQ(continued.world(), left.world());
-    EXPECT_GT(continued.time, left.time);
+    expect_goes_on(Save(path("maze_save.dat")), here);
 }
 
 TEST_F(On_Windows, the_end_of_the_session_saves)
@@ -118,14 +123,7 @@ TEST_F(On_Windows, a_save_of_the_program_here_is_gone_on_with)
     Session run(desktop, folder, here);
     run.start();
     EXPECT_EQ(run.escape(), 0);
-    const Save left(path("maze_save.dat"));
-    Session next(desktop, folder, windows);
-    next.start();
-    EXPECT_EQ(next.escape(), 0);
-    const Save continued(path("maze_save.dat"));
-    EXPECT_EQ(continued.place(), left.place());
-    EXPECT_EQ(continued.world(), left.world());
-    EXPECT_GT(continued.time, left.time);
+    expect_goes_on(Save(path("maze_save.dat")), windows);
 }
 
 // The window of a run once it has come to rest.
