@@ -6,7 +6,7 @@
 #include <cmath>
 
 struct Vec {
-    f64 x, y, z;
+    f64 x = 0, y = 0, z = 0;
 };
 
 inline Vec operator+(Vec a, Vec b)

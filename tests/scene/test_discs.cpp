@@ -2,6 +2,7 @@
 #include "scene/colours.h"
 #include "tests/agecolour.h"
 #include "tests/scene_picture.h"
+#include "tests/vec.h"
 
 static f64 ramp(f64 x, f64 a, f64 w)
 {
@@ -29,30 +30,6 @@ static void expect_colour(Rgb got, f64 r, f64 g, f64 b)
 
 // The grey of the default colour and its core and rim.
 static const f64 grey = 128.0 / 255;
-
-struct Vec {
-    f64 x, y, z;
-};
-
-static Vec operator-(Vec a, Vec b)
-{
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
-static Vec operator*(f64 k, Vec a)
-{
-    return {k * a.x, k * a.y, k * a.z};
-}
-
-static f64 dot(Vec a, Vec b)
-{
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-static Vec cross(Vec a, Vec b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
 
 // Where the ray through the middle of a pixel meets the plane through `on` square to `normal`; the
 // eye is the origin and looks along -z.
@@ -279,17 +256,12 @@ TEST(disc, is_the_plain_colour_where_nothing_was_walked)
     }
 }
 
-// A ribbon of one radius from (-3, 0, -8) to (3, 1, -12), alone in view.
+// A ribbon of one radius, alone in view.
 static void add_ribbon(World* world, Vec a, Vec b, f64 radius)
 {
     const i32 from = world->node(a.x, a.y, a.z, radius);
     const i32 to = world->node(b.x, b.y, b.z, radius);
     Maze_join(world->root, from, to);
-}
-
-static Vec unit(Vec v)
-{
-    return (1 / std::sqrt(dot(v, v))) * v;
 }
 
 TEST(band, follows_its_formula_between_its_nodes)

@@ -294,7 +294,7 @@ struct Copy {
         const std::string tool = program("corvane-play");
         const std::string script = side.file("script");
         const std::string log = side.file("log");
-        setenv("LP_NUM_THREADS", "0", 1); // a tiny picture is drawn sooner without helpers
+        setenv("LP_NUM_THREADS", "0", 1); // a tiny picture is drawn sooner by one thread
         const int out = open(side.file("out").c_str(), O_WRONLY | O_CREAT, 0600);
         if (out >= 0 && dup2(out, 1) >= 0 && chdir(folder.path.c_str()) == 0) {
             execl(tool.c_str(), tool.c_str(), script.c_str(), "--log", log.c_str(), "--size",

@@ -2,37 +2,13 @@
 // log is compared with a plain recomputation from the same script, world and clock.
 #include "base/rnd.h"
 #include "tests/shell_session.h"
+#include "tests/vec.h"
 
 #include <cmath>
 #include <random>
 #include <set>
 
 static constexpr f64 PI = 3.141592653589793;
-
-struct Vec {
-    f64 x = 0, y = 0, z = 0;
-};
-
-static Vec operator+(Vec a, Vec b)
-{
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-static Vec operator-(Vec a, Vec b)
-{
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-static Vec operator*(f64 k, Vec a)
-{
-    return {k * a.x, k * a.y, k * a.z};
-}
-static f64 dot(Vec a, Vec b)
-{
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-static f64 length(Vec a)
-{
-    return std::sqrt(dot(a, a));
-}
 
 // What a script does before one frame.
 struct Input {
